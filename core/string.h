@@ -15,7 +15,7 @@ class vDEVICE;
 class vRECT;
 class vRESID;
 class vSTREAM;
-enum class vTEXTALIGN : std::uint16_t;
+enum vTEXTALIGN : std::int32_t;
 
 /// One character of the ANSI code page. Classification knows ASCII letters and digits only.
 class vCHAR : public vOBJECT {

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory_resource>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace klv {
+
+/// Builds bytes that go into a file: the companion of byte_reader. Grows as needed from the given memory
+/// resource; out of memory is std::bad_alloc, which the public operation above answers.
+class byte_writer {
+public:
+    explicit byte_writer(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+        : bytes_(memory)
+    {
+    }
+
+    [[nodiscard]] std::size_t size() const { return bytes_.size(); }
+    [[nodiscard]] bool empty() const { return bytes_.empty(); }
+    [[nodiscard]] const std::uint8_t* data() const { return bytes_.data(); }
+    [[nodiscard]] std::span<const std::uint8_t> span() const { return bytes_; }
+    [[nodiscard]] std::span<std::uint8_t> span() { return bytes_; }
+    void reserve(std::size_t size) { bytes_.reserve(size); }
+    void clear() { bytes_.clear(); }
+
+    void u8(std::uint8_t value) { bytes_.push_back(value); }
+    void i8(std::int8_t value) { u8(static_cast<std::uint8_t>(value)); }
+    void u16le(std::uint16_t value) { little<2>(value, grow(2)); }
+    void u32le(std::uint32_t value) { little<4>(value, grow(4)); }
+    void i16le(std::int16_t value) { u16le(static_cast<std::uint16_t>(value)); }
+    void i32le(std::int32_t value) { u32le(static_cast<std::uint32_t>(value)); }
+    void u16be(std::uint16_t value) { big<2>(value, grow(2)); }
+    void u32be(std::uint32_t value) { big<4>(value, grow(4)); }
+    void i16be(std::int16_t value) { u16be(static_cast<std::uint16_t>(value)); }
+    void i32be(std::int32_t value) { u32be(static_cast<std::uint32_t>(value)); }
+
+    void bytes(std::span<const std::uint8_t> data) { bytes_.insert(bytes_.end(), data.begin(), data.end()); }
+    /// The characters without a terminator.
+    void text(std::string_view characters)
+    {
+        bytes_.insert(bytes_.end(), characters.begin(), characters.end());
+    }
+    void fill(std::size_t count, std::uint8_t value = 0) { bytes_.insert(bytes_.end(), count, value); }
+    /// Fills with zeros up to the next multiple of step.
+    void align(std::size_t step) { fill((step - size() % step) % step); }
+
+    /// Replaces bytes written before; at + width must not exceed size().
+    void patch_u8(std::size_t at, std::uint8_t value) { bytes_[at] = value; }
+    void patch_u16le(std::size_t at, std::uint16_t value) { little<2>(value, &bytes_[at]); }
+    void patch_u32le(std::size_t at, std::uint32_t value) { little<4>(value, &bytes_[at]); }
+    void patch_u16be(std::size_t at, std::uint16_t value) { big<2>(value, &bytes_[at]); }
+    void patch_u32be(std::size_t at, std::uint32_t value) { big<4>(value, &bytes_[at]); }
+
+private:
+    std::uint8_t* grow(std::size_t count)
+    {
+        bytes_.resize(bytes_.size() + count);
+        return bytes_.data() + (bytes_.size() - count);
+    }
+    template <int N> static void little(std::uint32_t value, std::uint8_t* at)
+    {
+        for (int i = 0; i < N; ++i)
+            at[i] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFFU);
+    }
+    template <int N> static void big(std::uint32_t value, std::uint8_t* at)
+    {
+        for (int i = 0; i < N; ++i)
+            at[i] = static_cast<std::uint8_t>(value >> (8 * (N - 1 - i)) & 0xFFU);
+    }
+
+    std::pmr::vector<std::uint8_t> bytes_;
+};
+
+} // namespace klv

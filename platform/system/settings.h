@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "platform/types.h"
+
+/// What a user's machine remembers between runs: the per-user profile and the registry, two plain text files
+/// in the user's configuration directory.
+namespace klv {
+
+/// The directory of the settings: what set_settings_directory chose, else $KLV_CONFIG_DIR, else
+/// $XDG_CONFIG_HOME/klv, else $HOME/.config/klv. Empty when none of them is known; then nothing is kept.
+[[nodiscard]] std::string settings_directory();
+/// Chooses the directory for this process; null or empty restores the user's own.
+void set_settings_directory(const char* directory) noexcept;
+
+} // namespace klv
