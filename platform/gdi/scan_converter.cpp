@@ -1,0 +1,283 @@
+#include "platform/gdi/scan_converter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace klv::gdi {
+
+namespace {
+
+// Within these limits every product of the edge set-up fits in 64 bits and every stepped value in 32.
+constexpr std::int32_t pixel_limit = 1 << 21;
+constexpr fixed coordinate_limit = pixel_limit * fixed_one;
+constexpr std::size_t few_edges = 24;
+
+constexpr std::int64_t floor_div(std::int64_t a, std::int64_t b)
+{
+    const std::int64_t q = a / b;
+    return q * b > a ? q - 1 : q;
+}
+
+/// First row whose centre is at or below y.
+constexpr std::int32_t first_row_from(fixed y)
+{
+    const fixed shifted = y + fixed_half - 1;
+    return shifted >= 0 ? shifted / fixed_one : -((fixed_one - 1 - shifted) / fixed_one);
+}
+
+bool is_near(const POINT& p)
+{
+    return p.x >= -pixel_limit && p.x <= pixel_limit && p.y >= -pixel_limit && p.y <= pixel_limit;
+}
+
+fixed to_fixed(double v) { return static_cast<fixed>(std::lround(v)); }
+
+} // namespace
+
+void scan_converter::begin(const box& clip)
+{
+    clip_ = intersection(clip, {-pixel_limit, -pixel_limit, pixel_limit, pixel_limit});
+    edges_.clear();
+}
+
+void scan_converter::add_polygon(std::span<const POINT> corners)
+{
+    if (corners.size() < 3)
+        return;
+    if (!std::all_of(corners.begin(), corners.end(), is_near)) {
+        add_far_polygon(corners);
+        return;
+    }
+    POINT last = corners.back();
+    for (const POINT& p : corners) {
+        add_edge(last.x * fixed_one, last.y * fixed_one, p.x * fixed_one, p.y * fixed_one);
+        last = p;
+    }
+}
+
+void scan_converter::add_polygon(std::span<const fixed_point> corners)
+{
+    if (corners.size() < 3)
+        return;
+    const auto near = [](fixed v) { return v >= -coordinate_limit && v <= coordinate_limit; };
+    fixed_point last = corners.back();
+    for (const fixed_point& p : corners) {
+        if (near(last.x) && near(last.y) && near(p.x) && near(p.y))
+            add_edge(last.x, last.y, p.x, p.y);
+        else
+            add_far_edge(last.x, last.y, p.x, p.y);
+        last = p;
+    }
+}
+
+void scan_converter::add_far_polygon(std::span<const POINT> corners)
+{
+    POINT last = corners.back();
+    for (const POINT& p : corners) {
+        add_far_edge(double{fixed_one} * last.x, double{fixed_one} * last.y, double{fixed_one} * p.x,
+            double{fixed_one} * p.y);
+        last = p;
+    }
+}
+
+// What sticks out above and below is cut off; what sticks out at a side is replaced by its projection on
+// that side, which keeps the winding of everything within the limits.
+void scan_converter::add_far_edge(double x0, double y0, double x1, double y1)
+{
+    constexpr double limit = coordinate_limit;
+    if (y0 == y1)
+        return;
+    const double slope = (x1 - x0) / (y1 - y0);
+    const auto x_at = [&](double y) { return x0 + slope * (y - y0); };
+    const double top = std::clamp(y0, -limit, limit);
+    const double bottom = std::clamp(y1, -limit, limit);
+
+    // The rows where the edge passes the sides, in the direction of the edge.
+    double turns[4] = {top, top, bottom, bottom};
+    if (slope != 0) {
+        const auto y_at = [&](double x) { return y0 + (x - x0) / slope; };
+        const double low = std::min(top, bottom);
+        const double high = std::max(top, bottom);
+        turns[1] = std::clamp(y_at(-limit), low, high);
+        turns[2] = std::clamp(y_at(limit), low, high);
+        if ((turns[1] > turns[2]) == (bottom > top))
+            std::swap(turns[1], turns[2]);
+    }
+    for (int i = 0; i < 3; ++i) {
+        const double xa = std::clamp(x_at(turns[i]), -limit, limit);
+        const double xb = std::clamp(x_at(turns[i + 1]), -limit, limit);
+        add_edge(to_fixed(xa), to_fixed(turns[i]), to_fixed(xb), to_fixed(turns[i + 1]));
+    }
+}
+
+void scan_converter::add_edge(fixed x0, fixed y0, fixed x1, fixed y1)
+{
+    std::int32_t winding = 1;
+    if (y0 > y1) {
+        std::swap(x0, x1);
+        std::swap(y0, y1);
+        winding = -1;
+    }
+    const std::int32_t first_row = std::max(first_row_from(y0), clip_.y1);
+    const std::int32_t end_row = std::min(first_row_from(y1), clip_.y2);
+    if (first_row >= end_row)
+        return;
+
+    const std::int32_t dx = x1 - x0;
+    const std::int32_t dy = y1 - y0;
+    const std::int32_t denominator = dy * fixed_one;
+    // Rounding up to a pixel centre: the smallest x with 16 x + 8 >= x0 + dx * down / dy.
+    const std::int64_t down = std::int64_t{first_row} * fixed_one + fixed_half - y0;
+    const std::int64_t numerator = (std::int64_t{x0} + fixed_half) * dy + dx * down - 1;
+    const std::int64_t x = floor_div(numerator, denominator);
+    const auto step = static_cast<std::int32_t>(floor_div(dx, dy));
+    edges_.push_back(
+        {static_cast<std::int32_t>(x), step, static_cast<std::int32_t>(numerator - x * denominator),
+            (dx - step * dy) * fixed_one, denominator, first_row, end_row, winding});
+}
+
+void scan_converter::sort_edges()
+{
+    if (edges_.size() <= few_edges) {
+        for (std::size_t i = 1; i < edges_.size(); ++i) {
+            const edge e = edges_[i];
+            std::size_t at = i;
+            for (; at != 0 && edges_[at - 1].first_row > e.first_row; --at)
+                edges_[at] = edges_[at - 1];
+            edges_[at] = e;
+        }
+        return;
+    }
+    const auto by_row = [](const edge& a, const edge& b) { return a.first_row < b.first_row; };
+    const auto [top, bottom] = std::minmax_element(edges_.begin(), edges_.end(), by_row);
+    const std::int32_t first = top->first_row;
+    const auto rows = static_cast<std::size_t>(bottom->first_row - first) + 1;
+    if (rows > edges_.size() * 4 + 4096) {
+        std::sort(edges_.begin(), edges_.end(), by_row);
+        return;
+    }
+    // Counting sort by first row.
+    row_starts_.assign(rows + 1, 0);
+    const auto row_of = [&](const edge& e) { return static_cast<std::size_t>(e.first_row - first); };
+    for (const edge& e : edges_)
+        ++row_starts_[row_of(e) + 1];
+    for (std::size_t i = 1; i < row_starts_.size(); ++i)
+        row_starts_[i] += row_starts_[i - 1];
+    sorted_.resize(edges_.size());
+    for (const edge& e : edges_)
+        sorted_[row_starts_[row_of(e)]++] = e;
+    edges_.swap(sorted_);
+}
+
+void scan_converter::activate(const edge& e)
+{
+    std::size_t at = active_.size();
+    active_.push_back(e);
+    for (; at != 0 && active_[at - 1].x > e.x; --at)
+        active_[at] = active_[at - 1];
+    active_[at] = e;
+}
+
+// Drops the edges that end, steps the others, and restores the order, all in one pass: from row to row it
+// changes little.
+void scan_converter::step_active(std::int32_t next_row)
+{
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+        if (active_[i].end_row == next_row)
+            continue;
+        edge e = active_[i];
+        e.advance();
+        std::size_t at = kept++;
+        for (; at != 0 && active_[at - 1].x > e.x; --at)
+            active_[at] = active_[at - 1];
+        active_[at] = e;
+    }
+    active_.resize(kept);
+}
+
+template <fill_rule Rule> void scan_converter::emit_row(std::int32_t y, span_batch& out) const
+{
+    const auto add = [&](std::int32_t x0, std::int32_t x1) {
+        x0 = std::max(x0, clip_.x1);
+        x1 = std::min(x1, clip_.x2);
+        if (x0 < x1)
+            out.add(y, x0, x1);
+    };
+    if constexpr (Rule == fill_rule::even_odd) {
+        for (std::size_t i = 0; i + 1 < active_.size(); i += 2)
+            add(active_[i].x, active_[i + 1].x);
+    } else {
+        std::int32_t winding = 0;
+        std::int32_t start = 0;
+        for (const edge& e : active_) {
+            if (winding == 0)
+                start = e.x;
+            winding += e.winding;
+            if (winding == 0)
+                add(start, e.x);
+        }
+    }
+}
+
+// Both rules fill between two edges, whichever is on the left; most rows of most figures are this.
+void scan_converter::fill_between(std::int32_t y, std::int32_t end_row, span_batch& out)
+{
+    edge left = active_[0];
+    edge right = active_[1];
+    for (; y < end_row; ++y) {
+        const std::int32_t x0 = std::max(std::min(left.x, right.x), clip_.x1);
+        const std::int32_t x1 = std::min(std::max(left.x, right.x), clip_.x2);
+        if (x0 < x1)
+            out.add(y, x0, x1);
+        left.advance();
+        right.advance();
+    }
+    active_.clear();
+    for (const edge& e : {left, right})
+        if (e.end_row > end_row)
+            activate(e);
+}
+
+template <fill_rule Rule> void scan_converter::run_rows(span_batch& out)
+{
+    active_.clear();
+    std::size_t next = 0;
+    std::int32_t y = 0;
+    while (next < edges_.size() || !active_.empty()) {
+        if (active_.empty())
+            y = edges_[next].first_row;
+        for (; next < edges_.size() && edges_[next].first_row == y; ++next)
+            activate(edges_[next]);
+        if (active_.size() == 2) {
+            const std::int32_t next_start = next < edges_.size() ? edges_[next].first_row : clip_.y2;
+            const std::int32_t end_row = std::min({active_[0].end_row, active_[1].end_row, next_start});
+            fill_between(y, end_row, out);
+            y = end_row;
+        } else {
+            emit_row<Rule>(y, out);
+            step_active(++y);
+        }
+    }
+}
+
+void scan_converter::run(fill_rule rule, span_sink& sink)
+{
+    if (edges_.empty())
+        return;
+    sort_edges();
+    span_batch out(sink);
+    if (rule == fill_rule::even_odd)
+        run_rows<fill_rule::even_odd>(out);
+    else
+        run_rows<fill_rule::non_zero>(out);
+    out.flush();
+}
+
+scan_converter& shared_scan_converter()
+{
+    static scan_converter instance;
+    return instance;
+}
+
+} // namespace klv::gdi

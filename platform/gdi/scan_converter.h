@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/gdi/spans.h"
+
+#include "platform/types.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace klv::gdi {
+
+enum class fill_rule : std::uint8_t { even_odd, non_zero };
+
+/// Sixteenths of a pixel. Pixel (x, y) covers 16 x to 16 x + 16; its centre is at 16 x + 8.
+using fixed = std::int32_t;
+inline constexpr fixed fixed_one = 16;
+inline constexpr fixed fixed_half = fixed_one / 2;
+
+struct fixed_point {
+    fixed x;
+    fixed y;
+};
+
+/// Turns polygons into spans. A pixel belongs to the inside when its centre does; a centre on an edge
+/// belongs to what lies right of it or below it, so that abutting polygons neither overlap nor leave a gap.
+///
+/// Edges are sorted by their first row; an active list, kept in order of x, is stepped from row to row in
+/// exact integer arithmetic: O(n log n) for the sort at most, then one step per edge and row. Corners
+/// outside of +-2^21 pixels are cut off there. The buffers are kept from call to call.
+class scan_converter {
+public:
+    /// Starts over. Only spans inside clip come out.
+    void begin(const box& clip);
+    /// A closed polygon of whole pixel corners.
+    void add_polygon(std::span<const POINT> corners);
+    void add_polygon(std::span<const fixed_point> corners);
+    void run(fill_rule rule, span_sink& sink);
+
+private:
+    // The edge crosses row y at the first pixel x whose centre is not left of it; error / denominator is
+    // what was rounded off, and is carried along.
+    struct edge {
+        std::int32_t x;
+        std::int32_t step;
+        std::int32_t error;
+        std::int32_t error_step;
+        std::int32_t denominator;
+        std::int32_t first_row;
+        std::int32_t end_row;
+        std::int32_t winding;
+
+        void advance()
+        {
+            x += step;
+            error += error_step;
+            if (error >= denominator) {
+                error -= denominator;
+                ++x;
+            }
+        }
+    };
+
+    void add_edge(fixed x0, fixed y0, fixed x1, fixed y1);
+    void add_far_edge(double x0, double y0, double x1, double y1);
+    void add_far_polygon(std::span<const POINT> corners);
+    void sort_edges();
+    void fill_between(std::int32_t y, std::int32_t end_row, span_batch& out);
+    template <fill_rule Rule> void run_rows(span_batch& out);
+    template <fill_rule Rule> void emit_row(std::int32_t y, span_batch& out) const;
+    void step_active(std::int32_t next_row);
+    void activate(const edge& e);
+
+    box clip_{};
+    std::vector<edge> edges_;
+    std::vector<edge> sorted_;
+    std::vector<std::uint32_t> row_starts_;
+    std::vector<edge> active_;
+};
+
+/// The one that all drawing shares; drawing is single-threaded.
+scan_converter& shared_scan_converter();
+
+} // namespace klv::gdi
