@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace klv::gdi {
+
+/// The family to look for when a picture names a face that never was an outline font of its own (the
+/// raster and stroke faces and the short names of early versions), else the name itself.
+std::string_view outline_family(std::string_view face);
+
+} // namespace klv::gdi
