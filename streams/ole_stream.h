@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/system/ole_stream.h"
+#include "streams/typed_stream.h"
+
+namespace klv {
+
+/// A stream over an OLE stream that the application hands in and keeps. Typed reads ignore SwapByteOrder;
+/// moves and writes set no status.
+class vOLESTREAM : public typed_stream<vOLESTREAM> {
+public:
+    static constexpr bool swaps_on_reading = false;
+
+    explicit vOLESTREAM(IStream* const* stream, const vSTRING& name = vSTRING(), std::uint32_t = 0) noexcept;
+
+    using typed_stream::operator=;
+
+    std::uint32_t MoveFromCur(std::int32_t distance) noexcept override;
+    std::uint32_t MoveFromStart(std::uint32_t position) noexcept override;
+    std::uint32_t MoveFromEnd(std::int32_t distance) noexcept override;
+    std::uint32_t CurrentPos() const noexcept override { return position_; }
+    std::uint32_t Size() const noexcept override { return size_; }
+    int AtEnd() const noexcept override { return size_ <= position_; }
+
+private:
+    friend class typed_stream<vOLESTREAM>;
+
+    std::uint32_t get(std::uint8_t* to, std::uint32_t size) noexcept;
+    std::uint32_t put(const std::uint8_t* from, std::uint32_t size) noexcept;
+    bool seek(std::uint32_t position) noexcept;
+
+    IStream* stream_;
+    std::uint32_t position_ = 0;
+    std::uint32_t size_ = 0;
+};
+
+} // namespace klv
