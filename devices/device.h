@@ -9,6 +9,7 @@
 #include "core/point.h"
 #include "core/real.h"
 #include "core/rect.h"
+#include "devices/unit_mapping.h"
 #include "geometry/shape.h"
 #include "platform/types.h"
 
@@ -30,6 +31,7 @@ class vMETAFILE;
 class vSCREEN;
 class vSTRING;
 class ITERATOR;
+class font_list;
 class oDIB;
 class oDIBCONTEXT;
 class oMFCONTEXT;
@@ -239,10 +241,8 @@ public:
 
     // ---- Units -----------------------------------------------------------------------------------------
 
-    /// Fixes the device's resolution instead of asking the context for it, for surfaces whose pixels are
-    /// finer than the context knows. Values below 1 are ignored.
-    void DevUnitsPerInch(int horizontal, int vertical) noexcept;
-
+    /// The mapping of points from logical to device units, for the length of one figure.
+    unit_mapping Mapping() const noexcept;
     void LPtoDP(vPOINT& point) const noexcept; ///< logical to device, origin added
     void DPtoLP(vPOINT& point) const noexcept;
     void LPtoDP(vRECT& rect) const noexcept; ///< corner by corner
@@ -353,13 +353,18 @@ private:
 
     void TakeOverMapping(HDC dc) noexcept;
     void ResetNativeContext(HDC dc) noexcept;
-    void ReadResolution() const noexcept;
+    int ReadResolution(int index) const noexcept;
     void SetClip(HRGN region) noexcept;
-    void CopyStateFrom(const vDEVICE& other);
+    void ForgetClips() noexcept;
+    void CopyClips(const vDEVICE& other) noexcept;
     bool FillWanted() const noexcept;
     bool LineWanted() const noexcept;
-    void FillPolygons(const vSHAPE& shape) noexcept;
-    void DrawArcFigure(const vRECT& rect, const vPOINT& start, const vPOINT& end, int figure) noexcept;
+    bool MayShow(const vRECT& bounds) noexcept;
+    bool HairlineWanted() noexcept;
+    void Hairline(std::span<const vPOINT> points) noexcept;
+    void LineThrough(std::span<const vPOINT> points) noexcept;
+    enum class arc_figure { arc, pie, chord };
+    void DrawArcFigure(arc_figure figure, const vRECT& rect, const vPOINT& start, const vPOINT& end) noexcept;
     /// Realises the default font; called by the constructor.
     void SelectDefaultFont() noexcept;
     /// Frees the font details and the table of families; called by the destructor.
@@ -370,7 +375,7 @@ private:
     vGRAD_QUALITY grad_quality_ = vGRAD_FULL;
     int colours_ = 0;
     int saved_dc_ = 0; // 0: this device doesn't restore the context
-    std::unique_ptr<vFONTDETAIL> font_details_; // most recently used first; each owns the next
+    std::unique_ptr<font_list> font_details_; // most recently used first
     vREAL font_ratio_;
     std::unique_ptr<font_table> fonts_;
     vFONTDETAIL* current_font_ = nullptr;
@@ -391,6 +396,11 @@ private:
     spec_stack<HRGN> clip_stack_; // owned; null stands for no clipping
     vLINESPEC line_;
     vFILLSPEC fill_;
+    // The colours as they were given: the display mode changed those of line_ and fill_, and a pushed
+    // record goes through it again when it is popped.
+    vCOLOUR line_colour_;
+    vCOLOUR fill_colour_from_;
+    vCOLOUR fill_colour_to_;
     vDISPLAY_MODE display_mode_ = vDISPLAY_NORMAL;
     vCOLOUR separation_colour_;
     int show_other_spots_ = 1;
