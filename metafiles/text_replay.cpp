@@ -1,0 +1,53 @@
+#include <cmath>
+#include <memory>
+
+#include "devices/device.h"
+#include "devices/font_detail.h"
+#include "images/dib_context.h"
+#include "images/memory_dib.h"
+#include "metafiles/metafile.h"
+#include "metafiles/playback.h"
+#include "metafiles/text_bitmap.h"
+
+namespace klv {
+
+namespace {
+
+vTEXTREPLAY text_replay = vTEXTREPLAY::as_bitmap;
+
+} // namespace
+
+void vMETAFILE::TextReplay(vTEXTREPLAY how) noexcept { text_replay = how; }
+
+vTEXTREPLAY vMETAFILE::TextReplay() noexcept { return text_replay; }
+
+// Black text on white, left at the start point and centred on its height.
+void record_player::draw_text_bitmap(const vSTRING& text, const vPOINT& start)
+{
+    const std::unique_ptr<oMEMDIB> bitmap = text_as_bitmap(device_, text);
+    if (!bitmap)
+        return;
+    const vPOINT size(device_.DHtoLH(bitmap->Width()), device_.DVtoLV(bitmap->Height()));
+    const vRECT place(vPOINT(start.x, start.y - size.y / 2), size.x, size.y);
+    oDIBCONTEXT context(
+        bitmap->Width(), bitmap->Height(), &place, nullptr, nullptr, mapping_.colour, vTILEINFO());
+    device_.DrawDIB(*bitmap, context, nullptr, 0);
+}
+
+// Devices place text by the upper left corner of its first character, pictures by the baseline: the ascent
+// leads from one to the other, square to the text's direction.
+void record_player::draw_text(const vSTRING& text, const vPOINT& baseline_start)
+{
+    vPOINT start = baseline_start;
+    if (has_context()) {
+        if (vFONTDETAIL* font = device_.GetCurFontDetail()) {
+            font->GetCharHeight(); // realises the font, and with it the ascent
+            const double angle = font->Angle().Radians();
+            start.x = wrap_sub(start.x, device_.DHtoLH(round_wrapped(font->Ascent() * std::sin(angle))));
+            start.y = wrap_sub(start.y, device_.DVtoLV(round_wrapped(font->Ascent() * std::cos(angle))));
+        }
+    }
+    device_.DrawTextOnLine(text, start, nullptr, 0);
+}
+
+} // namespace klv
