@@ -68,7 +68,7 @@ public:
 
 private:
     friend class vAPP;
-    friend struct system_access;
+    friend struct system_access; // lets the tests reach the private services
     friend void* vMemAlloc(std::uint32_t) noexcept;
     friend void* vMemRealloc(void*, std::uint32_t) noexcept;
     friend int DllMain(HINSTANCE, std::uint32_t, void*) noexcept;
@@ -76,6 +76,11 @@ private:
     vSYSTEM() noexcept;
     ~vSYSTEM() override;
 
+    static void OpenRegistry() noexcept;
+    static void CloseRegistry() noexcept;
+
+    // Releases the reserve of the default exception and sets the exception flag.
+    // \return 0: the failed allocation is not tried again
     static int NewFailureException(unsigned int size) noexcept;
     [[nodiscard]] static UINT GetPavonMessage() noexcept { return GetPavonMsg(); }
 
@@ -86,8 +91,10 @@ private:
     [[nodiscard]] static HWND GetWindowHandle(const vSTRING& cls) noexcept;
     [[nodiscard]] static HWND GetTargetWindow(HWND w) noexcept;
     static BOOL EnumChildProc(HWND child, LPARAM found) noexcept;
-    static void send_to(HWND w) noexcept;
+    static void SendHitTest(HWND w) noexcept;
 
+    // A file-drop block without names, and the block with one more name. Null when memory is out; the block
+    // is then freed.
     [[nodiscard]] static HDROP CreateDropMessage(POINT* at, int non_client) noexcept;
     [[nodiscard]] static HDROP AppendDropFile(const vSTRING& name, HDROP drop) noexcept;
 };

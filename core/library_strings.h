@@ -1,0 +1,22 @@
+#pragma once
+
+#include <span>
+
+#include "platform/system/string_resources.h"
+
+namespace klv {
+
+/// Numbers of the library's own message texts.
+namespace library_string {
+inline constexpr UINT fatal_error = 31013;
+inline constexpr UINT error = 31014;
+inline constexpr UINT warning = 31015;
+inline constexpr UINT debugging = 31016;
+inline constexpr UINT out_of_memory = 31017;
+inline constexpr UINT nearly_out_of_memory = 31018;
+} // namespace library_string
+
+/// The string resources of the library: its message texts and, from 33000 on, the names of the filters.
+[[nodiscard]] std::span<const string_resource> library_strings() noexcept;
+
+} // namespace klv
