@@ -1,0 +1,51 @@
+#include "platform/system/settings.h"
+
+#include <cstdlib>
+
+namespace klv {
+
+namespace {
+
+std::string& chosen_directory()
+{
+    static std::string directory;
+    return directory;
+}
+
+std::string environment(const char* name)
+{
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+} // namespace
+
+std::string settings_directory()
+{
+    if (!chosen_directory().empty())
+        return chosen_directory();
+    if (std::string directory = environment("KLV_CONFIG_DIR"); !directory.empty())
+        return directory;
+    if (const std::string base = environment("XDG_CONFIG_HOME"); !base.empty())
+        return base + "/klv";
+    if (const std::string home = environment("HOME"); !home.empty())
+        return home + "/.config/klv";
+    return {};
+}
+
+std::string settings_file(const char* name)
+{
+    const std::string directory = settings_directory();
+    return directory.empty() ? "" : directory + '/' + name;
+}
+
+void set_settings_directory(const char* directory) noexcept
+{
+    try {
+        chosen_directory() = directory ? directory : "";
+    } catch (const std::bad_alloc&) {
+        // The directory stays as it was.
+    }
+}
+
+} // namespace klv

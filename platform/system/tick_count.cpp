@@ -1,0 +1,24 @@
+#include "platform/system/tick_count.h"
+
+#include <chrono>
+
+namespace klv {
+
+namespace {
+
+DWORD (*tick_source)() = nullptr;
+
+} // namespace
+
+DWORD GetTickCount() noexcept
+{
+    if (tick_source)
+        return tick_source();
+    using namespace std::chrono;
+    const auto now = steady_clock::now().time_since_epoch();
+    return static_cast<DWORD>(static_cast<std::uint64_t>(duration_cast<milliseconds>(now).count()));
+}
+
+void set_tick_source(DWORD (*now)()) noexcept { tick_source = now; }
+
+} // namespace klv
