@@ -40,13 +40,15 @@ function(klv_room name)
     set(KLV_ROOMS ${KLV_ROOMS} klv_${name} CACHE INTERNAL "")
 endfunction()
 
-# The shared library that applications load, module name KLV006.
+# The shared library that applications load, module name KLV006: every object of every room. A target needs
+# sources, so the objects of one room are named as such.
 function(klv_shared_library)
-    add_library(KLV006 SHARED ${PROJECT_SOURCE_DIR}/core/library_entry.cpp)
+    add_library(KLV006 SHARED $<TARGET_OBJECTS:klv_core>)
+    list(REMOVE_ITEM KLV_ROOMS klv_core)
     target_link_libraries(KLV006 PUBLIC klv_options PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,${KLV_ROOMS}>"
         PkgConfig::FREETYPE PkgConfig::FONTCONFIG PkgConfig::PIXMAN ${CMAKE_DL_LIBS})
     target_link_options(KLV006 PRIVATE -Wl,-Bsymbolic)
-    set_target_properties(KLV006 PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+    set_target_properties(KLV006 PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 endfunction()
 
 # Links a program with the rooms it names and everything they refer to.
