@@ -7,6 +7,13 @@
 
 namespace klv {
 
+vMEMSTREAM::vMEMSTREAM() noexcept = default;
+
+vMEMSTREAM::vMEMSTREAM(const vSTRING& name, std::uint32_t) noexcept
+    : typed_stream(name)
+{
+}
+
 vMEMSTREAM::vMEMSTREAM(
     std::uint8_t** slot, std::uint32_t size, const vSTRING& name, int growable, std::uint32_t) noexcept
     : typed_stream(name)

@@ -19,11 +19,8 @@ public:
     static constexpr std::uint32_t spill_limit = 100'000'000;
     static constexpr bool swaps_on_reading = true;
 
-    vMEMSTREAM() noexcept = default;
-    explicit vMEMSTREAM(const vSTRING& name, std::uint32_t = 0) noexcept
-        : typed_stream(name)
-    {
-    }
+    vMEMSTREAM() noexcept;
+    explicit vMEMSTREAM(const vSTRING& name, std::uint32_t = 0) noexcept;
     /// Works on the caller's buffer of size bytes at *slot, which the caller keeps. A growable buffer comes
     /// from vMemAlloc; where it moved to is written back to *slot when the stream is destroyed.
     vMEMSTREAM(std::uint8_t** slot, std::uint32_t size, const vSTRING& name = vSTRING(), int growable = 1,
