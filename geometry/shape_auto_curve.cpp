@@ -1,0 +1,165 @@
+#include "geometry/auto_curve.h"
+
+#include <array>
+#include <cmath>
+
+#include "geometry/shape.h"
+#include "platform/wrapping.h"
+
+namespace klv {
+
+namespace {
+
+struct vector2 {
+    double x;
+    double y;
+
+    [[nodiscard]] double length() const { return std::hypot(x, y); }
+};
+
+vector2 difference(const vPOINT& a, const vPOINT& b)
+{
+    return {double{1} * a.x - b.x, double{1} * a.y - b.y};
+}
+
+// A point of the perpendicular bisector of the chord from p along u; the middle is an integer.
+vector2 chord_middle(const vPOINT& p, const vector2& u)
+{
+    return {p.x + std::trunc((u.x + 1) / 2), p.y + std::trunc((u.y + 1) / 2)};
+}
+
+// The centre of the circle through point, point + u and point + w, which are not in line.
+vector2 circle_centre(const vPOINT& point, const vector2& u, const vector2& w)
+{
+    const vector2 m1 = chord_middle(point, u);
+    const vector2 m2 = chord_middle(point, w);
+    vector2 c{};
+    if (u.y == 0) {
+        c.x = m1.x;
+        c.y = m2.y - w.x / w.y * (c.x - m2.x);
+    } else if (w.y == 0) {
+        c.x = m2.x;
+        c.y = m1.y - u.x / u.y * (c.x - m1.x);
+    } else {
+        const double slope1 = -u.x / u.y;
+        const double slope2 = -w.x / w.y;
+        c.x = (slope1 * m1.x - m1.y - slope2 * m2.x + m2.y) / (slope1 - slope2);
+        c.y = m1.y + slope1 * (c.x - m1.x);
+    }
+    return {std::trunc(c.x + 0.5), std::trunc(c.y + 0.5)};
+}
+
+// The unit vector across the radius r.
+vector2 unit_tangent(const vector2& r)
+{
+    if (r.y == 0)
+        return {0, r.x >= 1 ? 1.0 : -1.0};
+    const double sign = r.y > 0 ? 1 : -1;
+    const double slope = sign * r.x / r.y;
+    const double length = std::sqrt(slope * slope + 1);
+    return {sign / length, -slope / length};
+}
+
+} // namespace
+
+vPOINT CalculateControlPointVector(const vPOINT& prev, const vPOINT& point, const vPOINT& next) noexcept
+{
+    const vector2 u = difference(prev, point);
+    const vector2 w = difference(next, point);
+    const double turn = u.x * w.y - u.y * w.x;
+    if (turn == 0) {
+        const vector2 chord = difference(prev, next);
+        return {truncate_saturated(chord.x / 6), truncate_saturated(chord.y / 6)};
+    }
+    const double angle = std::acos((u.x * w.x + u.y * w.y) / (u.length() * w.length()));
+    const vector2 centre = circle_centre(point, u, w);
+    const vector2 radius{centre.x - point.x, centre.y - point.y};
+    const double length
+        = (1 - std::fabs(std::cos(angle))) / std::fabs(std::sin(angle)) * radius.length() * 0.5;
+    const vector2 tangent = unit_tangent(radius);
+    const vPOINT v(
+        truncate_saturated(length * tangent.x + 0.5), truncate_saturated(length * tangent.y + 0.5));
+    return turn <= 0 ? vPOINT(wrap_neg(v.x), wrap_neg(v.y)) : v;
+}
+
+int vSHAPE::MakePointAutoCurve(unsigned short index) noexcept
+{
+    std::size_t i = index;
+    if (i >= count_ || records_[i].flags() == point_flags::open_end
+        || records_[before(i)].flags() == point_flags::open_end)
+        return 0;
+    constexpr std::size_t most_controls = 4;
+    if (count_ + most_controls > max_points || !own(count_ + most_controls))
+        return 0;
+
+    const auto make_curve = [&](std::size_t from, std::size_t to) {
+        point_record* const points = points_.data();
+        points[from].set_flags(static_cast<std::uint8_t>(
+            (points[from].flags() & ~point_flags::line_to) | point_flags::curve_to));
+        const std::array controls{point_record(points[from].point(), point_flags::control),
+            point_record(points[to].point(), point_flags::control)};
+        return insert_records(from + 1, controls);
+    };
+    const std::size_t p = before(i);
+    if (records_[p].has(point_flags::line_to)) {
+        if (!make_curve(p, i))
+            return 0;
+        i += p < i ? 2 : 0;
+    }
+    if (records_[i].has(point_flags::line_to) && !make_curve(i, i + 1 < count_ ? i + 1 : 0))
+        return 0;
+
+    // A lone malformed outline may still lack the neighbours that the smooth tangent needs.
+    if (count_ < 3)
+        return 0;
+    const std::size_t previous3 = i >= 3 ? i - 3 : count_ - 3 + i;
+    const std::size_t next3 = i + 3 < count_ ? i + 3 : i + 3 - count_;
+    point_record* const points = points_.data();
+    const std::size_t incoming = before(i);
+    const std::size_t outgoing = i + 1 < count_ ? i + 1 : 0;
+    const vPOINT at = points[i].point();
+    const vPOINT tangent = CalculateControlPointVector(points[previous3].point(), at, points[next3].point());
+    points[incoming] = point_record(at + tangent, point_flags::control);
+    points[outgoing] = point_record(at - tangent, point_flags::control);
+
+    // A neighbour that was a vertex keeps its control on itself; a third of the way makes the curve even.
+    const auto ease = [&](std::size_t far_control, std::size_t end, std::size_t near_control) {
+        const vPOINT e = points[end].point();
+        if (points[far_control].point() != e)
+            return;
+        const vPOINT d = points[near_control].point() - e;
+        points[far_control].set_point(e + vPOINT(d.x / 3, d.y / 3));
+    };
+    ease(i + 2 < count_ ? i + 2 : i + 2 - count_, next3, outgoing);
+    ease(i >= 2 ? i - 2 : count_ - 2 + i, previous3, incoming);
+    forget_walk();
+    CalculateBoundingBox();
+    return 1;
+}
+
+int vSHAPE::MakePointVertex(unsigned short index) noexcept
+{
+    std::size_t i = index;
+    if (i >= count_ || !allocate_for_change())
+        return 0;
+    const auto make_line = [&](std::size_t from) {
+        auto& record = points_.data()[from];
+        record.set_flags(
+            static_cast<std::uint8_t>((record.flags() & ~point_flags::curve_to) | point_flags::line_to));
+    };
+    const std::size_t p = before(i);
+    if (records_[p].has(point_flags::control) && p >= 2) {
+        make_line(p - 2);
+        erase_records(p - 1, 2);
+        i -= p < i ? 2 : 0;
+    }
+    if (records_[i].has(point_flags::curve_to) && i + 2 < count_) {
+        make_line(i);
+        erase_records(i + 1, 2);
+    }
+    forget_walk();
+    CalculateBoundingBox();
+    return 1;
+}
+
+} // namespace klv
