@@ -81,6 +81,8 @@ protected:
     [[nodiscard]] bool has_lines(std::int32_t first, std::int32_t count) const noexcept;
     [[nodiscard]] bool has_block(
         std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height) const noexcept;
+    /// Size, depth and stride are those of the header, so that the pixels can stay.
+    [[nodiscard]] bool has_layout_of(const oDIBHEADER& header) const noexcept;
     void take_palette(std::span<const RGBQUAD> colours) noexcept;
     void drop_palette() noexcept;
 

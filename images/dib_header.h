@@ -15,6 +15,13 @@ constexpr std::uint64_t dib_stride(std::uint32_t width, std::uint32_t bits)
     return (std::uint64_t{width} * bits + 31) / 32 * 4;
 }
 
+/// The depth itself when bitmaps can have it, else 0.
+constexpr std::uint16_t storable_depth(std::int32_t bits)
+{
+    const bool known = bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
+    return known ? static_cast<std::uint16_t>(bits) : std::uint16_t{0};
+}
+
 /// The header of a bitmap: the 40-byte info header, the colour model and a colour table that it does not own.
 class oDIBHEADER : public vOBJECT {
 public:
@@ -24,7 +31,7 @@ public:
     /// A size whose image needs more bytes than 32 bits can say has image size 0.
     oDIBHEADER(std::int32_t width, std::int32_t height, std::int32_t horizontal_dpi,
         std::int32_t vertical_dpi, oCOLOUR_MODEL model) noexcept;
-    /// Width, height and bits as given: 100 pixels per metre, 2^bits colours used (0 for 0 and above 8 bits).
+    /// Width, height and bits as given: 100 pixels per metre, 2^bits colours used (0 for 0 and 32 bits).
     static oDIBHEADER of_depth(
         std::int32_t width, std::int32_t height, std::uint16_t bits, oCOLOUR_MODEL model) noexcept;
 

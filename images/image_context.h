@@ -48,6 +48,8 @@ public:
     /// The size in pixels that the image takes when the source rectangle fills the destination.
     [[nodiscard]] std::int32_t GetBmpWidth() const noexcept { return bitmap_width_; }
     [[nodiscard]] std::int32_t GetBmpHeight() const noexcept { return bitmap_height_; }
+    /// The bounds of the turned destination; the destination itself for a context with a distortion of its
+    /// own, which need not map destinations.
     [[nodiscard]] const vRECT& GetBoundingRect() const noexcept { return bounds_; }
     [[nodiscard]] const vRECT& GetDstRect() const noexcept { return destination_; }
     [[nodiscard]] const vRECT& GetSrcRect() const noexcept { return source_; }
@@ -78,7 +80,6 @@ protected:
 
 private:
     void set_rectangles(const vRECT* destination, const vRECT* source) noexcept;
-    void set_orientation(double angle, int flip_h, int flip_v) noexcept;
 
     std::int32_t pixel_width_ = 0;
     std::int32_t pixel_height_ = 0;

@@ -68,6 +68,8 @@ public:
 
 private:
     [[nodiscard]] bool make_pixels() noexcept;
+    void take(
+        const oDIBHEADER& header, std::span<const RGBQUAD> colours, vBUFFER<std::uint8_t>&& pixels) noexcept;
     void copy_from(const oDIB& source) noexcept;
     void make_empty() noexcept;
 
