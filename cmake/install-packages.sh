@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the build, the tests and the fonts of old pictures need. Does nothing,
+# and asks nobody, when all of them are there.
+set -euo pipefail
+
+packages=(g++ cmake ninja-build pkg-config
+    libfreetype-dev libfontconfig-dev libpixman-1-dev libpng-dev libcli11-dev libgtest-dev
+    fontconfig fonts-liberation fonts-urw-base35)
+[ "${1:-}" = sanitize ] || [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev)
+[ "${1:-}" = bench ] && packages+=(libbenchmark-dev)
+
+missing=()
+for package in "${packages[@]}"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    as_root=(sudo)
+fi
+echo "Installing ${missing[*]}" >&2
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq >&2
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2

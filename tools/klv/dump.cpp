@@ -1,0 +1,45 @@
+#include <cstdio>
+
+#include "metafiles/record_cursor.h"
+#include "metafiles/record_text.h"
+#include "tools/klv/commands.h"
+#include "tools/klv/failure.h"
+#include "tools/klv/source.h"
+
+namespace klv::tool {
+namespace {
+
+void dump_one(const std::string& file)
+{
+    const source opened = open_source(file);
+    if (!opened.picture)
+        throw failure("is an image, which has no records");
+    std::printf("%s: %s\n", file.c_str(), opened.description.c_str());
+    std::uint32_t number = 0;
+    record_line line;
+    for_each_record(*opened.picture, [&](const metafile_record& record) {
+        line.clear();
+        describe(record, line);
+        std::printf("%6u  %s\n", ++number, line.c_str());
+    });
+    if (!opened.warning.empty())
+        print_warning(file, opened.warning);
+}
+
+} // namespace
+
+int dump(const std::vector<std::string>& files)
+{
+    int status = 0;
+    for (const auto& file : files) {
+        try {
+            dump_one(file);
+        } catch (const failure& why) {
+            print_failure(file, why.what());
+            status = 1;
+        }
+    }
+    return status;
+}
+
+} // namespace klv::tool

@@ -1,0 +1,140 @@
+#include <cstdio>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "metafiles/record_cursor.h"
+#include "metafiles/record_text.h"
+#include "tools/klv/commands.h"
+#include "tools/klv/failure.h"
+#include "tools/klv/json.h"
+#include "tools/klv/source.h"
+
+namespace klv::tool {
+namespace {
+
+constexpr double micrometres_per_millimetre = 1000;
+
+struct record_counts {
+    std::uint32_t total = 0;
+    std::map<std::string, std::uint32_t> by_name;
+};
+
+record_counts count_records(vMETAFILE& picture)
+{
+    record_counts counts;
+    for_each_record(picture, [&](const metafile_record& record) {
+        ++counts.total;
+        ++counts.by_name[name_of(code_of(record))];
+    });
+    return counts;
+}
+
+void print_picture(vMETAFILE& picture)
+{
+    const auto counts = count_records(picture);
+    std::printf("  page       %.1f x %.1f mm\n", picture.PhysicalWidth() / micrometres_per_millimetre,
+        picture.PhysicalHeight() / micrometres_per_millimetre);
+    std::printf("  extent     %d x %d units at (%d, %d)\n", picture.LogicalWidth(), picture.LogicalHeight(),
+        picture.LogicalXOffset(), picture.LogicalYOffset());
+    std::printf("  records    %u\n", counts.total);
+    for (const auto& [name, count] : counts.by_name)
+        std::printf("    %8u %s\n", count, name.c_str());
+}
+
+void print_bitmap(const oMEMDIB& bitmap)
+{
+    oDIBHEADER header;
+    bitmap.GetHeader(header);
+    std::printf("  size       %d x %d pixels, %d bits per pixel\n", header.Width(), header.Height(),
+        header.ColourDepth());
+    std::printf("  resolution %d x %d dpi\n", header.HorzDPI(), header.VertDPI());
+}
+
+void print_text(const std::string& file, const source& opened)
+{
+    std::printf("%s: %s\n", file.c_str(), opened.description.c_str());
+    if (opened.picture)
+        print_picture(*opened.picture);
+    else
+        print_bitmap(*opened.bitmap);
+    if (!opened.warning.empty())
+        std::printf("  warning    %s\n", opened.warning.c_str());
+}
+
+void write_picture_json(json_writer& json, vMETAFILE& picture)
+{
+    const auto counts = count_records(picture);
+    json.key("kind").value("picture");
+    json.key("width_mm").value(picture.PhysicalWidth() / micrometres_per_millimetre);
+    json.key("height_mm").value(picture.PhysicalHeight() / micrometres_per_millimetre);
+    json.key("left").value(std::int64_t {picture.LogicalXOffset()});
+    json.key("top").value(std::int64_t {picture.LogicalYOffset()});
+    json.key("width").value(std::int64_t {picture.LogicalWidth()});
+    json.key("height").value(std::int64_t {picture.LogicalHeight()});
+    json.key("record_count").value(std::int64_t {counts.total});
+    json.key("records").begin_object();
+    for (const auto& [name, count] : counts.by_name)
+        json.key(name).value(std::int64_t {count});
+    json.end_object();
+}
+
+void write_bitmap_json(json_writer& json, const oMEMDIB& bitmap)
+{
+    oDIBHEADER header;
+    bitmap.GetHeader(header);
+    json.key("kind").value("bitmap");
+    json.key("width").value(std::int64_t {header.Width()});
+    json.key("height").value(std::int64_t {header.Height()});
+    json.key("bits_per_pixel").value(std::int64_t {header.ColourDepth()});
+    json.key("horizontal_dpi").value(std::int64_t {header.HorzDPI()});
+    json.key("vertical_dpi").value(std::int64_t {header.VertDPI()});
+}
+
+void write_json(json_writer& json, const std::string& file, const source& opened)
+{
+    json.begin_object();
+    json.key("file").value(file);
+    json.key("format").value(opened.format);
+    json.key("description").value(opened.description);
+    if (opened.picture)
+        write_picture_json(json, *opened.picture);
+    else
+        write_bitmap_json(json, *opened.bitmap);
+    if (!opened.warning.empty())
+        json.key("warning").value(opened.warning);
+    json.end_object();
+}
+
+} // namespace
+
+int info(const std::vector<std::string>& files, bool as_json)
+{
+    int status = 0;
+    json_writer json;
+    json.begin_array();
+    for (const auto& file : files) {
+        try {
+            const source opened = open_source(file);
+            if (as_json)
+                write_json(json, file, opened);
+            else
+                print_text(file, opened);
+        } catch (const failure& why) {
+            print_failure(file, why.what());
+            if (as_json) {
+                json.begin_object();
+                json.key("file").value(file);
+                json.key("error").value(why.what());
+                json.end_object();
+            }
+            status = 1;
+        }
+    }
+    json.end_array();
+    if (as_json)
+        std::printf("%s\n", json.text().c_str());
+    return status;
+}
+
+} // namespace klv::tool

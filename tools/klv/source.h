@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "filters/filter.h"
+#include "images/memory_dib.h"
+#include "metafiles/metafile.h"
+#include "streams/stream.h"
+
+namespace klv::tool {
+
+/// A file that was opened and read: a recorded picture or a bitmap, never both.
+struct source {
+    std::string format; ///< extension in upper case: "WMF", "VMM", "PNG", ...
+    std::string description;
+    std::unique_ptr<vSTREAM> stream; ///< outlives the picture, which may lie in it
+    std::unique_ptr<vMETAFILE> picture;
+    std::unique_ptr<oMEMDIB> bitmap;
+    std::string warning; ///< what was wrong although the result is of use; empty when nothing was
+};
+
+/// Opens and reads a file of any readable format; "-" is standard input. Throws failure.
+source open_source(const std::string& file);
+
+} // namespace klv::tool
