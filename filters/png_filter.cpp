@@ -1,0 +1,25 @@
+#include "filters/png_filter.h"
+
+#include "core/resource_id.h"
+#include "filters/imaging_library.h"
+
+namespace klv {
+
+namespace {
+
+constexpr std::uint16_t description_resource = 33013;
+
+} // namespace
+
+oFILTER_STATUS PNGFILTER::CheckStream(vARCHIVE&) { return LastStatus(); }
+
+vSTRING PNGFILTER::GetID() const { return vSTRING("PNG"); }
+
+vSTRING PNGFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
+
+oFILTER_STATUS PNGFILTER::Convert(oDIB& in, vSTREAM& out)
+{
+    return ConvertBitmap(in, out, imaging::format_png);
+}
+
+} // namespace klv
