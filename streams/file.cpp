@@ -171,7 +171,12 @@ std::uint32_t vFILE::Size() const noexcept
     return usable() ? static_cast<std::uint32_t>(std::min<std::int64_t>(file_->size(), UINT32_MAX)) : 0;
 }
 
-int vFILE::AtEnd() const noexcept { return !usable() || file_->at_end(); }
+int vFILE::AtEnd() const noexcept
+{
+    if (usable() && cache_fill_ > 0)
+        return cache_position_ == cache_fill_ && file_->size() <= file_->pointer() + cache_fill_;
+    return !usable() || file_->at_end();
+}
 
 std::uint32_t vFILE::MoveFromCur(std::int32_t distance) noexcept
 {

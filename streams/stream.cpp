@@ -142,7 +142,8 @@ void vSTREAM::copy_rest_of(vSTREAM& source, std::uint32_t small_chunk) noexcept
 {
     if (&source == this || source.AtEnd())
         return;
-    const auto left = source.Size() - source.CurrentPos();
+    // The size does not count bytes that wait in the write cache of the source.
+    const auto left = source.Size() > source.CurrentPos() ? source.Size() - source.CurrentPos() : small_chunk;
     vBUFFER<std::uint8_t> chunk;
     if (!chunk.resize_uninitialized(left) && !chunk.resize_uninitialized(small_chunk))
         return;

@@ -47,7 +47,7 @@ public:
     virtual std::int32_t ReadSLong() noexcept = 0;
     virtual std::int16_t ReadSWord() noexcept = 0;
     virtual std::int8_t ReadSByte() noexcept = 0;
-    /// The object whose token (see pointer_table.h) comes next; null for a token nobody wrote.
+    /// The object whose token (see platform/handle_token.h) comes next; null for a token nobody wrote.
     virtual vOBJECT* ReadPointer() noexcept = 0;
     /// The block read: at most size bytes of the next block, taken out of its compression frame if it has
     /// one. \return bytes delivered; fewer than size sets vSTREAM_END.

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "streams/pointer_table.h"
+#include "platform/handle_token.h"
 #include "streams/stream.h"
 
 namespace klv {
@@ -47,7 +47,7 @@ public:
         return value;
     }
     std::int8_t ReadSByte() noexcept final { return static_cast<std::int8_t>(ReadUByte()); }
-    vOBJECT* ReadPointer() noexcept final { return pointer_of(read<4>()); }
+    vOBJECT* ReadPointer() noexcept final { return static_cast<vOBJECT*>(pointer_of(read<4>())); }
     std::int32_t ReadByteString(std::uint8_t* buffer, std::uint32_t size) noexcept final
     {
         return read_block(buffer, size);
