@@ -91,6 +91,7 @@ struct drawing_context : gdi_object {
 private:
     region effective_clip_;
     bool clip_valid_ = false;
+    SIZE clip_size_{0, 0}; ///< of the surface that effective_clip_ was made for
 };
 
 inline drawing_context* find_context(HDC dc) { return find<drawing_context>(dc); }
