@@ -315,23 +315,33 @@ void NewLinearFill(vDEVICE& device, const RECT& rect) noexcept
 
 // ---- Box -----------------------------------------------------------------------------------------------
 
+int box_steps(const gradation& colours, const RECT& rect) noexcept
+{
+    const std::int64_t width = std::int64_t{rect.right} - rect.left;
+    const auto fitting = static_cast<int>(width / 2 / colours.least_band(cut_band));
+    return std::max(1, std::min(colours.colour_steps(), fitting));
+}
+
+RECT nested_box(const RECT& rect, int k, int n) noexcept
+{
+    const double step_x = (static_cast<double>(rect.right) - rect.left) / (2 * n - 1);
+    const double step_y = (static_cast<double>(rect.bottom) - rect.top) / (2 * n - 1);
+    const auto dx = static_cast<LONG>(k * step_x);
+    const auto dy = static_cast<LONG>(k * step_y);
+    return {rect.left + dx, rect.top + dy, rect.right - dx, rect.bottom - dy};
+}
+
 void NewBoxFill(vDEVICE& device, const RECT& rect) noexcept
 {
     const gradation colours(device);
     band_painter painter(device);
-    const std::int64_t width = std::int64_t{rect.right} - rect.left;
-    const std::int64_t height = std::int64_t{rect.bottom} - rect.top;
-    const auto fitting = static_cast<int>(width / 2 / colours.least_band(cut_band));
-    const int n = std::max(1, std::min(colours.colour_steps(), fitting));
-    const double step_x = static_cast<double>(width) / (2 * n - 1);
-    const double step_y = static_cast<double>(height) / (2 * n - 1);
+    const int n = box_steps(colours, rect);
     for (int k = 0; k < n; ++k) {
-        const auto dx = static_cast<LONG>(k * step_x);
-        const auto dy = static_cast<LONG>(k * step_y);
-        const POINT box[] = {{rect.left + dx, rect.top + dy}, {rect.right - dx, rect.top + dy},
-            {rect.right - dx, rect.bottom - dy}, {rect.left + dx, rect.bottom - dy}};
+        const RECT box = nested_box(rect, k, n);
+        const POINT corners[]
+            = {{box.left, box.top}, {box.right, box.top}, {box.right, box.bottom}, {box.left, box.bottom}};
         painter.colour(colours.of_box(k, n));
-        Polygon(painter.dc(), box, 4);
+        Polygon(painter.dc(), corners, 4);
     }
 }
 

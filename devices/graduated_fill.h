@@ -87,6 +87,10 @@ private:
     int old_mode_;
 };
 
+/// Number of nested rectangles of a box fill, and rectangle k of them, the outermost first.
+int box_steps(const gradation& colours, const RECT& rect) noexcept;
+RECT nested_box(const RECT& rect, int k, int n) noexcept;
+
 /// The whole-degree angle of the device's current fill.
 int fill_angle(const vDEVICE& device) noexcept;
 
