@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <compare>
 #include <cstdint>
 
@@ -35,8 +36,11 @@ public:
     void Time12(const int& hour, const int& minute, const int& second, vDT_TTYPE half) noexcept;
 
     /// Year, month, day, hour, minute, second in this order.
-    bool operator==(const vDATETIME& other) const noexcept = default;
-    std::strong_ordering operator<=>(const vDATETIME& other) const noexcept = default;
+    bool operator==(const vDATETIME& other) const noexcept { return fields() == other.fields(); }
+    std::strong_ordering operator<=>(const vDATETIME& other) const noexcept
+    {
+        return fields() <=> other.fields();
+    }
 
     /// Subtracts field from field in place, each modulo 2^16 and without borrowing.
     vDATETIME& operator-(const vDATETIME& other) noexcept;
@@ -55,6 +59,11 @@ public:
     [[nodiscard]] vSTRING Stamp() const noexcept;
 
 private:
+    [[nodiscard]] std::array<std::uint16_t, 6> fields() const noexcept
+    {
+        return {year_, month_, day_, hour_, minute_, second_};
+    }
+
     std::uint16_t year_;
     std::uint16_t month_;
     std::uint16_t day_;

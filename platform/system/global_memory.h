@@ -22,7 +22,7 @@ inline constexpr UINT GPTR = GMEM_FIXED | GMEM_ZEROINIT;
 /// \return null when the block is freed, else the handle
 HGLOBAL GlobalFree(HGLOBAL block) noexcept;
 /// The address of the bytes until the matching unlock; null when it is no block.
-[[nodiscard]] void* GlobalLock(HGLOBAL block) noexcept;
+void* GlobalLock(HGLOBAL block) noexcept;
 /// \return TRUE while locks are left
 BOOL GlobalUnlock(HGLOBAL block) noexcept;
 [[nodiscard]] std::size_t GlobalSize(HGLOBAL block) noexcept;
