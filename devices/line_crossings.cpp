@@ -12,10 +12,17 @@ namespace {
 struct edge {
     POINT from;
     POINT to;
+    std::size_t index; // in the order of the outline
     LONG left() const noexcept { return std::min(from.x, to.x); }
     LONG right() const noexcept { return std::max(from.x, to.x); }
     LONG top() const noexcept { return std::min(from.y, to.y); }
     LONG bottom() const noexcept { return std::max(from.y, to.y); }
+};
+
+struct crossing {
+    std::size_t first;
+    std::size_t second;
+    POINT at;
 };
 
 // Whether numerator / denominator lies in 0 to 1, and strictly so without the ends.
@@ -29,7 +36,7 @@ bool in_segment(std::int64_t numerator, std::int64_t denominator, bool include_e
                         : numerator > 0 && numerator < denominator;
 }
 
-// Scaled down together, so that the product with a coordinate difference fits.
+// In floating point: the product of a numerator and a coordinate difference can have 90 bits.
 LONG along(LONG from, std::int64_t difference, std::int64_t numerator, std::int64_t denominator) noexcept
 {
     const double fraction = static_cast<double>(numerator) / static_cast<double>(denominator);
