@@ -130,6 +130,19 @@ glyph& realised_font::find(const text_character& c)
     return g;
 }
 
+// Takes the glyph of a sign from the font's face, or from another that has it.
+bool realised_font::set_glyph(glyph& g, char32_t sign) const
+{
+    const font_face* face = face_;
+    if (sign != 0 && face->glyph_of(sign) == 0)
+        face = find_face_with(sign, request_);
+    if (sign == 0 || !face)
+        return false;
+    g.face = face;
+    g.index = face->glyph_of(sign);
+    return true;
+}
+
 glyph realised_font::look_up(const text_character& c) const
 {
     glyph g;
@@ -140,13 +153,10 @@ glyph realised_font::look_up(const text_character& c) const
     g.face = face_;
     if (face_->has_symbol_codes()) {
         g.index = face_->glyph_of_symbol(static_cast<std::uint8_t>(c.code & 0xFF));
-    } else if (c.unicode != 0) {
-        g.index = face_->glyph_of(c.unicode);
-        const font_face* other = g.index == 0 ? find_face_with(c.unicode, request_) : nullptr;
-        if (other) {
-            g.face = other;
-            g.index = other->glyph_of(c.unicode);
-        }
+    } else if (!set_glyph(g, c.unicode) && symbols_) {
+        // A sign that no font has: one that looks like it, or else an empty box.
+        constexpr char32_t box = 0x25AF;
+        set_glyph(g, common_sign_like(c.unicode)) || set_glyph(g, box);
     }
     g.advance = rounded(g.face->advance(g.index) * em_ * stretch_ / g.face->units_per_em());
     return g;

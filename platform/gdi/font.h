@@ -114,6 +114,7 @@ public:
 private:
     glyph& find(const text_character& c);
     [[nodiscard]] glyph look_up(const text_character& c) const;
+    bool set_glyph(glyph& g, char32_t sign) const;
     [[nodiscard]] FT_Outline* shaped_outline(const glyph& g) const;
     void keep(glyph& g, const pen_mask& mask);
     void choose_face(const LOGFONTA& logical);

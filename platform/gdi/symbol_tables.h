@@ -21,4 +21,7 @@ std::optional<symbol_set> symbol_set_of_face(std::string_view face) noexcept;
 /// The sign of a byte in Unicode, or the nearest that common fonts have. 0 where the set has none.
 char32_t symbol_to_unicode(symbol_set set, std::uint8_t byte) noexcept;
 
+/// A sign of like look that common fonts have, for one that only few have. 0 where there is none.
+char32_t common_sign_like(char32_t sign) noexcept;
+
 } // namespace klv::gdi
