@@ -21,6 +21,11 @@ public:
     oDIBCONTEXT(std::int32_t pixel_width, std::int32_t pixel_height, const vRECT* destination,
         const vRECT* source, double angle, int flip_h, int flip_v, const vIMAGECOLOUR& colour,
         const vTILEINFO& tiles) noexcept;
+    /// What another kind of context says about a bitmap.
+    explicit oDIBCONTEXT(const oIMGCONTEXT& context) noexcept
+        : oIMGCONTEXT(context)
+    {
+    }
 
     oDIBCONTEXT* Duplicate() const noexcept override;
 

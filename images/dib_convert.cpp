@@ -86,7 +86,7 @@ std::array<RGBQUAD, 256> make_colour_cube()
 
 /// The colours of 24-bit pixels in the order of their appearance, as long as there are at most `most`.
 bool collect_colours(
-    const vBUFFER<std::uint8_t>& pixels, std::int32_t width, std::size_t most, vBUFFER<RGBQUAD>& colours)
+    std::span<const std::uint8_t> pixels, std::int32_t width, std::size_t most, vBUFFER<RGBQUAD>& colours)
 {
     const std::size_t stride = stride_of(width, 24);
     std::array<std::uint32_t, 1024> seen; // open addressing; more than twice as many slots as colours
@@ -114,7 +114,7 @@ bool collect_colours(
 }
 
 bool choose_colours(
-    const vBUFFER<std::uint8_t>& pixels, std::int32_t width, std::uint16_t bits, vBUFFER<RGBQUAD>& colours)
+    std::span<const std::uint8_t> pixels, std::int32_t width, std::uint16_t bits, vBUFFER<RGBQUAD>& colours)
 {
     const std::size_t most = std::size_t{1} << bits;
     if (collect_colours(pixels, width, most, colours))
@@ -124,26 +124,6 @@ bool choose_colours(
         return colours.assign(black_and_white);
     }
     return bits == 4 ? colours.assign(standard_colours) : colours.assign(make_colour_cube());
-}
-
-/// 24-bit pixels into indices of a colour table.
-bool quantise(const vBUFFER<std::uint8_t>& pixels, std::int32_t width, dib_pixels& result)
-{
-    const std::uint16_t bits = result.header.ColourDepth();
-    if (!choose_colours(pixels, width, bits, result.colours))
-        return false;
-    const colour_matcher matcher(result.colours.span());
-    const dib_line_colours colours{{}, &matcher};
-    vBUFFER<std::uint8_t> indices;
-    if (!indices.resize(static_cast<std::size_t>(width)))
-        return false;
-    const std::size_t source_stride = stride_of(width, 24);
-    const std::size_t target_stride = result.header.BytesPerLine();
-    for (std::size_t y = 0; y < static_cast<std::size_t>(result.header.Height()); ++y) {
-        ReadLine24To8(pixels.data() + source_stride * y, indices.data(), width, colours);
-        write_indices(indices.data(), result.pixels.data() + target_stride * y, bits, width);
-    }
-    return true;
 }
 
 bool convert_through_24(const oDIB& source, const RECT& area, std::int32_t width, std::int32_t height,
@@ -166,7 +146,7 @@ bool convert_through_24(const oDIB& source, const RECT& area, std::int32_t width
         result.pixels.swap(pixels);
         return true;
     }
-    return quantise(pixels, width, result);
+    return quantise_24(pixels.span(), width, result);
 }
 
 /// Between colour tables of the same or a growing size the indices stay.
@@ -205,6 +185,25 @@ bool read_area_as_24(const oDIB& source, const RECT& area, vBUFFER<std::uint8_t>
         WriteLine24(row.data() + static_cast<std::size_t>(area.left) * 3,
             pixels.data() + stride * static_cast<std::size_t>(y), width);
     });
+}
+
+bool quantise_24(std::span<const std::uint8_t> pixels, std::int32_t width, dib_pixels& result) noexcept
+{
+    const std::uint16_t bits = result.header.ColourDepth();
+    if (!choose_colours(pixels, width, bits, result.colours))
+        return false;
+    const colour_matcher matcher(result.colours.span());
+    const dib_line_colours colours{{}, &matcher};
+    vBUFFER<std::uint8_t> indices;
+    if (!indices.resize(static_cast<std::size_t>(width)))
+        return false;
+    const std::size_t source_stride = stride_of(width, 24);
+    const std::size_t target_stride = result.header.BytesPerLine();
+    for (std::size_t y = 0; y < static_cast<std::size_t>(result.header.Height()); ++y) {
+        ReadLine24To8(pixels.data() + source_stride * y, indices.data(), width, colours);
+        write_indices(indices.data(), result.pixels.data() + target_stride * y, bits, width);
+    }
+    return true;
 }
 
 bool convert_dib(const oDIB& source, const RECT& area, std::int32_t width, std::int32_t height,

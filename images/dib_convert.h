@@ -30,4 +30,9 @@ struct dib_pixels {
 [[nodiscard]] bool read_area_as_24(
     const oDIB& source, const RECT& area, vBUFFER<std::uint8_t>& pixels) noexcept;
 
+/// 24-bit lines (padded to 4 bytes) of width pixels into indices of a colour table that it chooses. The
+/// result's header gives depth and height; its pixels have their size already.
+[[nodiscard]] bool quantise_24(
+    std::span<const std::uint8_t> pixels, std::int32_t width, dib_pixels& result) noexcept;
+
 } // namespace klv

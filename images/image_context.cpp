@@ -128,6 +128,22 @@ void oIMGCONTEXT::SetupIDistort(const vRECT* area) noexcept
     }
 }
 
+void oIMGCONTEXT::MoveTo(const vPOINT& top_left) noexcept
+{
+    const vPOINT way = top_left - destination_.TopLeft();
+    destination_ = destination_ + way;
+    bounds_ = bounds_ + way;
+    if (!distort_ || !distort_->IsLinear())
+        return;
+    oMATRIX* const moved = oMATRIX::CreateMatrix();
+    if (!moved)
+        return;
+    moved->Translate(-static_cast<double>(way.x), -static_cast<double>(way.y));
+    moved->Combine(*distort_);
+    moved->Translate(way.x, way.y);
+    distort_ = distort_ref::adopt(moved);
+}
+
 int oIMGCONTEXT::operator==(const oIMGCONTEXT& other) const noexcept
 {
     return pixel_width_ == other.pixel_width_ && pixel_height_ == other.pixel_height_

@@ -53,6 +53,8 @@ public:
     [[nodiscard]] const vRECT& GetBoundingRect() const noexcept { return bounds_; }
     [[nodiscard]] const vRECT& GetDstRect() const noexcept { return destination_; }
     [[nodiscard]] const vRECT& GetSrcRect() const noexcept { return source_; }
+    /// Moves the destination, its bounds and a linear distortion to another top left corner.
+    void MoveTo(const vPOINT& top_left) noexcept;
     [[nodiscard]] int GetFlipH() const noexcept { return flip_h_; }
     [[nodiscard]] int GetFlipV() const noexcept { return flip_v_; }
     /// Degrees, 0 or above.

@@ -1,6 +1,8 @@
 #include "images/memory_dib.h"
 
+#include "images/dib_context.h"
 #include "images/dib_convert.h"
+#include "images/dib_distort.h"
 #include "images/dib_stream.h"
 
 #include <cstring>
@@ -51,6 +53,29 @@ oMEMDIB::oMEMDIB(
         && convert_dib(source, {0, 0, source.Width(), source.Height()},
             static_cast<std::int32_t>(wanted_width), static_cast<std::int32_t>(wanted_height),
             static_cast<std::uint16_t>(wanted_bits), smooth != 0, result))
+        take(result.header, result.colours.span(), std::move(result.pixels));
+}
+
+oMEMDIB::oMEMDIB(const oDIB& source, const vRECT& source_rect, const vRECT& destination_rect,
+    const vRECT* clip, const IDistort* distort, oCOLOUR_MODEL model, const vTILEINFO& tiles,
+    int limit) noexcept
+    : oDIB(source.Flag())
+{
+    dib_pixels result;
+    if (render_distorted(
+            {source, source_rect, destination_rect, clip, distort, model, &tiles, limit}, result))
+        take(result.header, result.colours.span(), std::move(result.pixels));
+}
+
+oMEMDIB::oMEMDIB(const oDIB& source, const vRECT& source_rect, const vRECT& destination_rect,
+    const vRECT* clip, int flip_h, int flip_v, double angle, oCOLOUR_MODEL model) noexcept
+    : oDIB(source.Flag())
+{
+    const oDIBCONTEXT turned(source.Width(), source.Height(), &destination_rect, &source_rect, angle, flip_h,
+        flip_v, vIMAGECOLOUR(), vTILEINFO());
+    dib_pixels result;
+    if (render_distorted(
+            {source, source_rect, destination_rect, clip, turned.GetDistort(), model, nullptr, 0}, result))
         take(result.header, result.colours.span(), std::move(result.pixels));
 }
 

@@ -3,6 +3,7 @@
 #include "core/rect.h"
 #include "images/dib_convert.h"
 #include "images/dib_stream.h"
+#include "platform/wrapping.h"
 #include "streams/memory_stream.h"
 
 #include <algorithm>
@@ -44,7 +45,11 @@ oSTREAMDIB::oSTREAMDIB(
     const oDIB& source, oCOLOUR_MODEL model, int smooth, int flag, const vRECT* area) noexcept
     : oDIB(flag)
 {
-    const RECT part = area ? RECT(*area) : RECT{0, 0, source.Width(), source.Height()};
+    // Lines count from the bottom.
+    const std::int32_t height = source.Height();
+    const RECT part = area
+        ? RECT{area->Left(), wrap_sub(height, area->Bottom()), area->Right(), wrap_sub(height, area->Top())}
+        : RECT{0, 0, source.Width(), height};
     const std::uint16_t bits = std::min<std::uint16_t>(layout_of(model).bits, 24);
     dib_pixels result;
     if (!convert_dib(source, part, wrap_sub(part.right, part.left), wrap_sub(part.bottom, part.top), bits,

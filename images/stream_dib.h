@@ -20,7 +20,7 @@ public:
     oSTREAMDIB(const oDIB& source, int flag) noexcept;
     oSTREAMDIB(
         std::int32_t width, std::int32_t height, std::int32_t bits, oCOLOUR_MODEL model, int flag) noexcept;
-    /// A copy of an area of the source (null: all of it; rows counted from the bottom line) in the depth of
+    /// A copy of an area of the source (null: all of it; y from the top) in the depth of
     /// the model. smooth as in the converting oMEMDIB.
     oSTREAMDIB(const oDIB& source, oCOLOUR_MODEL model, int smooth, int flag, const vRECT* area) noexcept;
     oSTREAMDIB(const oSTREAMDIB& other) noexcept;
