@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <compare>
-#include <numeric>
+#include <functional>
 #include <optional>
+#include <tuple>
 
 #include "geometry/segment_grid.h"
 #include "platform/host.h"
@@ -254,8 +255,10 @@ void decomposition::link_nodes()
 void decomposition::add_lone_nodes()
 {
     list<bool> met(contours_.size(), false);
-    for (const auto& m : meetings_)
-        met[m.contour_a] = met[m.contour_b] = true;
+    for (const auto& n : nodes_) {
+        for (const auto& way : n.ways)
+            met[contour_of_[way.segment]] = true;
+    }
     for (std::size_t i = 0; i < contours_.size(); ++i) {
         const auto& c = contours_[i];
         if (met[i] || c.count < 2)

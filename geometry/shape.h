@@ -123,7 +123,10 @@ public:
     int Rotate(const vPOINT& centre, double degrees, double aspect) noexcept;
     /// Passes each point through the distortion.
     int Distort(IDistort* distort) noexcept;
-    /// Fits curves to the contours of a straight-edged shape of at least 8 points.
+    /// Fits curves to the contours of a straight-edged shape of at least 8 points; any other is left alone,
+    /// with the answer 0.
+    /// \param toleranceA greatest squared distance of a point from its curve
+    /// \param toleranceB greatest extent of one curve
     int Smooth(int toleranceA = default_smooth_a, int toleranceB = default_smooth_b) noexcept;
 
     /// Draws the shape with the device's DrawShape (defined with the devices).

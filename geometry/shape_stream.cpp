@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/byte_reader.h"
+#include "streams/compression_frame.h"
 #include "streams/stream.h"
 
 namespace klv {
@@ -14,22 +14,17 @@ namespace klv {
 namespace {
 
 constexpr std::size_t header_size = 4 * 4 + 2 + 2 + 4;
-// Records of a compressed stream may travel as a frame, which can't be used in place.
-constexpr std::uint32_t frame_marker = 0x0012AAB1;
-constexpr std::size_t frame_header_size = 8;
-
 void put(std::uint8_t*& out, std::uint32_t value, int bytes)
 {
     for (int i = 0; i < bytes; ++i, value >>= 8)
         *out++ = static_cast<std::uint8_t>(value & 0xFF);
 }
 
+// Records that were written compressed lie in a frame and can't be used in place.
 bool is_frame(std::span<const std::uint8_t> bytes, std::size_t block_size)
 {
-    byte_reader in(bytes);
-    const bool marked = in.u32le() == frame_marker;
-    const std::size_t length = in.u32le();
-    return in.ok() && marked && length < block_size && length <= in.left();
+    const auto frame = compression_frame::read(bytes);
+    return frame && frame->size < block_size && frame->size <= bytes.size() - compression_frame::header_size;
 }
 
 } // namespace
