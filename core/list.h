@@ -99,13 +99,13 @@ class ITERATOR : public vOBJECT {
 public:
     void Next() noexcept
     {
-        ++index_;
+        index_ = static_cast<std::uint16_t>((index_ + 1) & 0xFFFF);
         if (link_)
             link_ = link_->Next();
     }
     void Previous() noexcept
     {
-        --index_;
+        index_ = static_cast<std::uint16_t>((index_ - 1) & 0xFFFF);
         if (link_)
             link_ = link_->Previous();
     }

@@ -80,7 +80,7 @@ TEST_F(Memory, ContainersAndWritersThrowInside)
     byte_writer out(vMemResource());
     EXPECT_THROW(out.u8(1), std::bad_alloc);
     vMemNeverFail();
-    EXPECT_THROW(vALLOCATOR<int>().allocate(std::size_t{1} << 31), std::bad_alloc);
+    EXPECT_THROW((void)vALLOCATOR<int>().allocate(std::size_t{1} << 31), std::bad_alloc);
 }
 
 TEST_F(Memory, BufferKeepsItsContentsWhenGrowthFails)
