@@ -28,12 +28,36 @@ int segments_of(double radius, double sweep)
         std::clamp(std::ceil(std::abs(sweep) / step), double{fewest_segments}, double{most_segments}));
 }
 
-/// How far a corner of the given radii cuts into the row at down (from the corner's top, in pixels).
-double corner_inset(double radius_x, double radius_y, double down)
-{
-    const double v = (radius_y - down) / radius_y;
-    return v <= 0 ? 0 : radius_x * (1 - std::sqrt(std::max(0.0, 1 - v * v)));
-}
+/// The rows of a box with elliptic corners.
+class rounded_rows {
+public:
+    rounded_rows(const box& area, std::int32_t width, std::int32_t height)
+        : area_(area)
+        , height_(double{1} * area.y2 - area.y1)
+        , radius_x_(std::clamp(double{1} * width, 0.0, double{1} * area.x2 - area.x1) / 2)
+        , radius_y_(std::clamp(double{1} * height, 0.0, height_) / 2)
+    {
+    }
+
+    /// Pixels that row y leaves out at each side: the first one inside has its centre inside, and the right
+    /// side mirrors the left.
+    [[nodiscard]] std::int32_t inset(std::int32_t y) const
+    {
+        const double from_top = double{1} * y - area_.y1 + 0.5;
+        const double down = std::min(from_top, height_ - from_top);
+        if (down >= radius_y_)
+            return 0;
+        const double v = (radius_y_ - down) / radius_y_;
+        return static_cast<std::int32_t>(
+            std::ceil(radius_x_ * (1 - std::sqrt(std::max(0.0, 1 - v * v))) - 0.5));
+    }
+
+private:
+    box area_;
+    double height_;
+    double radius_x_;
+    double radius_y_;
+};
 
 } // namespace
 
@@ -43,21 +67,47 @@ void fill_rounded_box(
     const box visible = intersection(area, clip);
     if (is_empty(visible))
         return;
-    const double box_width = area.x2 - area.x1;
-    const double box_height = area.y2 - area.y1;
-    const double radius_x = std::clamp(double{1} * width, 0.0, box_width) / 2;
-    const double radius_y = std::clamp(double{1} * height, 0.0, box_height) / 2;
+    const rounded_rows rows(area, width, height);
     span_batch out(sink);
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
-        const double from_top = y - area.y1 + 0.5;
-        const double down = std::min(from_top, box_height - from_top);
-        const double inset = radius_y > 0 ? corner_inset(radius_x, radius_y, down) : 0;
-        // The first pixel whose centre is inside; the right edge mirrors the left one.
-        const auto cut = static_cast<std::int32_t>(std::ceil(inset - 0.5));
+        const std::int32_t cut = rows.inset(y);
         const std::int32_t x0 = std::max(area.x1 + cut, visible.x1);
         const std::int32_t x1 = std::min(area.x2 - cut, visible.x2);
         if (x0 < x1)
             out.add(y, x0, x1);
+    }
+    out.flush();
+}
+
+void outline_rounded_box(
+    const box& area, std::int32_t width, std::int32_t height, const box& clip, span_sink& sink)
+{
+    const box visible = intersection(area, clip);
+    if (is_empty(visible))
+        return;
+    const rounded_rows rows(area, width, height);
+    span_batch out(sink);
+    const auto add = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) {
+        x0 = std::max(x0, visible.x1);
+        x1 = std::min(x1, visible.x2);
+        if (x0 < x1)
+            out.add(y, x0, x1);
+    };
+    for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
+        const std::int32_t left = area.x1 + rows.inset(y);
+        const std::int32_t right = area.x2 - rows.inset(y);
+        // A border run reaches to where the next row outwards begins.
+        const bool upper = y - area.y1 < area.y2 - y;
+        const std::int32_t outer = upper ? y - 1 : y + 1;
+        const bool has_outer = outer >= area.y1 && outer < area.y2;
+        const std::int32_t reach
+            = has_outer ? std::max(rows.inset(outer) - rows.inset(y), 1) : area.x2 - area.x1;
+        if (left + reach >= right - reach) {
+            add(y, left, right);
+        } else {
+            add(y, left, left + reach);
+            add(y, right - reach, right);
+        }
     }
     out.flush();
 }

@@ -258,6 +258,10 @@ BOOL RoundRect(HDC handle, INT left, INT top, INT right, INT bottom, INT width, 
         });
         if (!frame.has_pen)
             return TRUE;
+        if (stroker pen(*dc); !pen.wide() && !pen.dashed()) {
+            pen.rounded_box(frame.outer, corner_width, corner_height);
+            return TRUE;
+        }
 
         const ellipse whole = frame.path_ellipse(*dc, stroker(*dc).width());
         const auto radius

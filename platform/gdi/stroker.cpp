@@ -109,6 +109,12 @@ void stroker::lines(std::span<const fixed_point> points, bool closed)
     lines(std::span<const POINT>(pixels), closed);
 }
 
+void stroker::rounded_box(const box& area, std::int32_t corner_width, std::int32_t corner_height)
+{
+    if (visible())
+        outline_rounded_box(area, corner_width, corner_height, output_->bounds(), output_->sink());
+}
+
 void stroker::finish()
 {
     if (!visible())
@@ -176,30 +182,72 @@ void stroker::add_disc(fixed_point centre)
     shared_scan_converter().add_polygon(std::span<const fixed_point>(moved));
 }
 
-void stroker::add_bar(fixed_point from, fixed_point to)
+/// Half the pen's width to one side of a line; zero for a line without length.
+fixed_point stroker::side_of(fixed_point from, fixed_point to) const
 {
     const double dx = double{1} * to.x - from.x;
     const double dy = double{1} * to.y - from.y;
     const double length = std::hypot(dx, dy);
     if (length == 0)
-        return;
+        return {0, 0};
     const double half = width_ * (fixed_one / 2.0) / length;
-    const auto nx = static_cast<fixed>(std::lround(-dy * half));
-    const auto ny = static_cast<fixed>(std::lround(dx * half));
-    const fixed_point corners[] = {{from.x + nx, from.y + ny}, {to.x + nx, to.y + ny}, {to.x - nx, to.y - ny},
-        {from.x - nx, from.y - ny}};
+    return {static_cast<fixed>(std::lround(-dy * half)), static_cast<fixed>(std::lround(dx * half))};
+}
+
+void stroker::add_bar(fixed_point from, fixed_point to, fixed_point side)
+{
+    const fixed_point corners[] = {{from.x + side.x, from.y + side.y}, {to.x + side.x, to.y + side.y},
+        {to.x - side.x, to.y - side.y}, {from.x - side.x, from.y - side.y}};
     shared_scan_converter().add_polygon(std::span<const fixed_point>(corners));
+}
+
+// Where the direction hardly changes, as along a flattened curve, the wedge between the two bars is a
+// triangle; elsewhere a disc covers it.
+void stroker::add_join(fixed_point at, fixed_point in, fixed_point out)
+{
+    constexpr double slight_turn = 0.97; // cosine
+    const double half = width_ * (fixed_one / 2.0);
+    const double dot = double{1} * in.x * out.x + double{1} * in.y * out.y;
+    const double cross = double{1} * in.x * out.y - double{1} * in.y * out.x;
+    if (dot < slight_turn * half * half) {
+        add_disc(at);
+    } else if (cross != 0) {
+        // The outside of the turn, in the order that winds like the bars.
+        const fixed sign = cross > 0 ? -1 : 1;
+        const fixed_point first = cross > 0 ? out : in;
+        const fixed_point second = cross > 0 ? in : out;
+        const fixed_point wedge[] = {at, {at.x + sign * first.x, at.y + sign * first.y},
+            {at.x + sign * second.x, at.y + sign * second.y}};
+        shared_scan_converter().add_polygon(std::span<const fixed_point>(wedge));
+    }
 }
 
 void stroker::wide_lines(std::span<const fixed_point> points, bool closed)
 {
-    add_disc(points.front());
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        add_bar(points[i - 1], points[i]);
-        add_disc(points[i]);
-    }
+    const auto is_point = [](fixed_point side) { return side.x == 0 && side.y == 0; };
+    fixed_point first_side{0, 0};
+    fixed_point last_side{0, 0};
+    const auto add = [&](fixed_point from, fixed_point to) {
+        const fixed_point side = side_of(from, to);
+        if (is_point(side))
+            return;
+        if (is_point(first_side))
+            first_side = side;
+        else
+            add_join(from, last_side, side);
+        add_bar(from, to, side);
+        last_side = side;
+    };
+    for (std::size_t i = 1; i < points.size(); ++i)
+        add(points[i - 1], points[i]);
     if (closed)
-        add_bar(points.back(), points.front());
+        add(points.back(), points.front());
+    if (closed && !is_point(first_side)) {
+        add_join(points.front(), last_side, first_side);
+    } else {
+        add_disc(points.front());
+        add_disc(points.back());
+    }
 }
 
 } // namespace klv::gdi

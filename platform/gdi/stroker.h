@@ -30,6 +30,8 @@ public:
     void lines(std::span<const POINT> points, bool closed);
     /// The same in sixteenths, where a pixel's centre is at 8, 8.
     void lines(std::span<const fixed_point> points, bool closed);
+    /// A box with elliptic corners (see outline_rounded_box); for thin pens without dashes.
+    void rounded_box(const box& area, std::int32_t corner_width, std::int32_t corner_height);
     void finish();
 
 private:
@@ -43,7 +45,9 @@ private:
     void dashed_line(POINT from, POINT to);
     void wide_lines(std::span<const fixed_point> points, bool closed);
     void add_disc(fixed_point centre);
-    void add_bar(fixed_point from, fixed_point to);
+    void add_join(fixed_point at, fixed_point in, fixed_point out);
+    void add_bar(fixed_point from, fixed_point to, fixed_point side);
+    [[nodiscard]] fixed_point side_of(fixed_point from, fixed_point to) const;
     void make_disc();
     [[nodiscard]] bool dash_at(std::int64_t distance) const;
 
