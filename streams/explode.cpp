@@ -12,6 +12,10 @@ namespace {
 
 using namespace implode_code;
 
+// A copy: its flag, length code, extra bits, distance code and low bits of the distance.
+constexpr unsigned longest_token_bits
+    = 1 + longest_length_code + 8 + longest_distance_code + max_dictionary_bits;
+
 // What the length code at the next seven bits says.
 struct length_entry {
     std::uint16_t base;
@@ -128,7 +132,7 @@ std::size_t exploder::decode(std::span<std::uint8_t> output, std::size_t from) n
     std::uint8_t* out = begin + from;
     const std::uint8_t* const start = out;
     // Bytes may alias members, values don't.
-    const bool coded_literals = coded_literals_;
+    const bool coded = coded_literals_;
     const unsigned low_distance_bits = low_distance_bits_;
     const std::uint64_t produced_before = produced_;
 
@@ -144,12 +148,13 @@ std::size_t exploder::decode(std::span<std::uint8_t> output, std::size_t from) n
         copy(pending_distance_, pending_length_);
 
     while (out != end) {
-        in.refill();
+        if (in.count < longest_token_bits)
+            in.refill();
         const auto ready = in.count;
         unsigned used;
         if ((in.bits & 1) == 0) {
             std::uint8_t literal;
-            if (coded_literals) {
+            if (coded) {
                 const auto entry = literal_table[low_bits(in.bits >> 1, longest_literal_code)];
                 literal = entry.symbol;
                 used = 1U + entry.code_bits;

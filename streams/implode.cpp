@@ -107,8 +107,12 @@ private:
     bool full_ = false;
 };
 
-// Finds earlier occurrences within the window. Positions are kept plus one, so that 0 means none; those
-// of one hash are chained from the latest back.
+// Finds earlier occurrences within the window. Places are kept plus one, so that 0 means none; those of one
+// hash are chained from the latest back.
+//
+// A place within a run of equal bytes is chained by what is left of the run. Every longer run has a place
+// with just as much left, so no occurrence that goes on behind the run is missed, and the many places of a
+// run that would all match equally far are not looked at.
 class occurrence_finder {
 public:
     explicit occurrence_finder(std::span<const std::uint8_t> block)
@@ -125,12 +129,13 @@ public:
         const auto limit = std::min(left, max_copy);
         const std::uint8_t* const here = block_.data() + at;
 
-        copy best = short_copy(at);
+        copy best = near_copy(at, limit);
         const auto oldest = at > window_size ? at - window_size : 0;
-        auto& latest = latest_[triple_hash(at)];
+        auto& latest = latest_[place_hash(at)];
         const auto first = latest;
         auto candidate = first;
-        for (int steps = max_steps; candidate > oldest && steps > 0; --steps) {
+        for (int steps = best.length < good_enough ? max_steps : 0; candidate > oldest && steps > 0;
+             --steps) {
             const std::uint8_t* const there = block_.data() + (candidate - 1);
             if (best.length < limit && there[best.length] == here[best.length]) {
                 const auto length = common_length(there, here, limit);
@@ -152,7 +157,7 @@ public:
     {
         if (block_.size() - at >= hashed_bytes) {
             pairs_[pair_hash(at)] = at + 1;
-            auto& latest = latest_[triple_hash(at)];
+            auto& latest = latest_[place_hash(at)];
             previous_[at % window_size] = latest;
             latest = at + 1;
         }
@@ -172,16 +177,32 @@ private:
     {
         return hash(block_[at] | std::uint32_t{block_[at + 1]} << 8, pair_hash_bits);
     }
-    std::uint32_t triple_hash(std::uint32_t at) const
+    std::uint32_t place_hash(std::uint32_t at)
     {
+        const auto run = run_length(at);
+        if (run >= hashed_bytes)
+            return hash(block_[at] | std::min(run, max_copy) << 8, hash_bits);
         return hash(
             block_[at] | std::uint32_t{block_[at + 1]} << 8 | std::uint32_t{block_[at + 2]} << 16, hash_bits);
     }
-    copy short_copy(std::uint32_t at)
+    // How many bytes from `at` on are equal.
+    std::uint32_t run_length(std::uint32_t at)
+    {
+        if (at >= run_end_) {
+            run_end_ = at + 1;
+            while (run_end_ < block_.size() && block_[run_end_] == block_[at])
+                ++run_end_;
+        }
+        return run_end_ - at;
+    }
+    // The rest of a run, or two bytes from a short distance.
+    copy near_copy(std::uint32_t at, std::uint32_t limit)
     {
         auto& latest = pairs_[pair_hash(at)];
         const auto before = latest;
         latest = at + 1;
+        if (at > 0 && block_[at - 1] == block_[at] && run_length(at) >= hashed_bytes)
+            return {std::min(run_length(at), limit), 1};
         const bool near = before != 0 && at - (before - 1) <= max_short_copy_distance;
         if (near && block_[before - 1] == block_[at] && block_[before] == block_[at + 1])
             return {min_copy, at - (before - 1)};
@@ -206,6 +227,7 @@ private:
     }
 
     std::span<const std::uint8_t> block_;
+    std::uint32_t run_end_ = 0;
     std::array<std::uint32_t, std::size_t{1} << hash_bits> latest_{};
     std::array<std::uint32_t, std::size_t{1} << pair_hash_bits> pairs_{};
     std::array<std::uint32_t, window_size> previous_;
@@ -223,10 +245,11 @@ void put_copy(bit_sink& out, const copy& c)
 
 void put_literal(bit_sink& out, std::uint8_t byte) { out.put(std::uint64_t{byte} << 1, literal_cost); }
 
-// Takes at each place the longest copy, unless a literal and the copy at the next place save more.
+// Takes at each place the longest copy, unless a literal and the copy at the next place save clearly more.
 void encode(std::span<const std::uint8_t> block, occurrence_finder& finder, bit_sink& out)
 {
-    constexpr std::uint32_t long_enough = 64;
+    constexpr std::uint32_t long_enough = 256;
+    constexpr int worthwhile = literal_cost; // measured on text and line art
     const auto size = static_cast<std::uint32_t>(block.size());
     std::uint32_t at = 0;
     copy here = size > 0 ? finder.find(at, long_enough) : copy{};
@@ -235,7 +258,7 @@ void encode(std::span<const std::uint8_t> block, occurrence_finder& finder, bit_
         const bool look_ahead = here.length < long_enough && at + 1 < size;
         if (look_ahead)
             next = finder.find(at + 1, long_enough);
-        if (here.length == 0 || next.gain() > here.gain() + 2) {
+        if (here.length == 0 || next.gain() > here.gain() + worthwhile) {
             put_literal(out, block[at]);
             ++at;
             here = next;

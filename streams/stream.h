@@ -118,8 +118,8 @@ public:
     void SwapByteOrder(std::uint8_t on) noexcept { swapped_byte_order_ = on; }
 
     /// IncCount and DecCount answer the count before the change.
-    std::uint16_t IncCount() noexcept { return share_count_++; }
-    std::uint16_t DecCount() noexcept { return share_count_--; }
+    std::uint16_t IncCount() noexcept { return add_to_count(1); }
+    std::uint16_t DecCount() noexcept { return add_to_count(-1); }
     bool NoRef() const noexcept { return static_cast<std::int16_t>(share_count_) <= 0; }
 
     vSTREAM& operator<<(std::uint32_t value) noexcept { return WriteULong(value), *this; }
@@ -151,6 +151,12 @@ protected:
     void copy_rest_of(vSTREAM& source, std::uint32_t small_chunk) noexcept;
 
 private:
+    std::uint16_t add_to_count(int change) noexcept
+    {
+        const auto before = share_count_;
+        share_count_ = static_cast<std::uint16_t>((before + change) & 0xFFFF);
+        return before;
+    }
     std::optional<compression_frame> frame_at(std::uint32_t start) noexcept;
     std::optional<std::span<const std::uint8_t>> fetch(
         std::uint32_t size, vBUFFER<std::uint8_t>& buffer) noexcept;
