@@ -147,13 +147,13 @@ TEST_P(EveryStream, MalformedFramesAreAnswered)
         {"data that ends early", frame_of({0x00, 0x04, 0x82, 0x24}), 1, 12, vSTREAM_READ_ERROR},
     };
     for (const auto& c : cases) {
+        TearDown();
         SetUp();
         stream().WritePlain(c.bytes.data(), static_cast<std::uint32_t>(c.bytes.size()));
         stream().MoveFromStart(0);
         EXPECT_EQ(read_block(stream(), 100).size(), c.delivered) << c.what;
         EXPECT_EQ(stream().CurrentPos(), c.position) << c.what;
         EXPECT_EQ(stream().Status(), c.status) << c.what;
-        TearDown();
     }
 }
 

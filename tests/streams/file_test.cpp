@@ -240,14 +240,21 @@ TEST(File, ViewsAreWhatReadsDeliver)
     EXPECT_EQ(seen, byte_vector(bytes.begin() + 100, bytes.end()));
 }
 
-TEST(File, WithoutMemoryForItsCacheItWritesAtOnce)
+TEST(File, OutOfMemoryIsAStatusOrCostsTheCache)
 {
-    scratch_directory scratch;
-    const auto name = scratch.name("f");
-    vMemFailAfter(0, memory_failure::from_then_on);
-    vFILE file(name, 0, 1);
-    EXPECT_EQ(file.WriteUByte('x'), name.Null() ? 0 : file.Status() == vSTREAM_OK ? 1 : 0);
-    vMemNeverFail();
+    for (std::uint64_t n = 0; n < 4; ++n) {
+        scratch_directory scratch;
+        const auto name = scratch.name("f");
+        vSTREAMSTATUS status;
+        {
+            vMemFailAfter(n);
+            vFILE file(name, 0, 1);
+            vMemNeverFail();
+            status = file.Status();
+            EXPECT_EQ(file.WriteUByte('x'), status == vSTREAM_OK ? 1 : 0) << n;
+        }
+        EXPECT_EQ(scratch.bytes("f"), to_bytes(status == vSTREAM_OK ? "x" : "")) << n;
+    }
 }
 
 } // namespace klv

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
 #include <string>
 
 #include "streams/explode.h"
@@ -139,7 +138,8 @@ TEST(Explode, StopsAtTheEndOfTheOutput)
 TEST(Implode, RoundTripsInPiecesOfAnySize)
 {
     byte_vector ramp(256);
-    std::iota(ramp.begin(), ramp.end(), std::uint8_t{0});
+    for (std::size_t i = 0; i < ramp.size(); ++i)
+        ramp[i] = static_cast<std::uint8_t>(i);
     byte_vector far = noise(4096, 9); // a copy from the greatest distance
     const byte_vector start(far.begin(), far.begin() + 700);
     far.insert(far.end(), start.begin(), start.end());
