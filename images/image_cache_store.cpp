@@ -59,7 +59,7 @@ bool image_cache_store::fMakeRoomInCache(std::uint64_t bytes, std::uint64_t budg
         }
     }
     groups_.remove_if([](const group& each) { return each.items.empty(); });
-    if (total_bytes_ + bytes < budget && item_count_ < most_items)
+    if (!too_full_for(bytes, budget))
         return true;
     OutputDebugStringA("vIMAGECACHEINSTANCE::fMakeRoomInCache(...) failed!");
     return false;

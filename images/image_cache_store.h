@@ -62,7 +62,7 @@ private:
     [[nodiscard]] bool fMakeRoomInCache(std::uint64_t bytes, std::uint64_t budget) noexcept;
     [[nodiscard]] bool too_full_for(std::uint64_t bytes, std::uint64_t budget) const noexcept
     {
-        return total_bytes_ + bytes > budget || item_count_ + 1 > most_items;
+        return total_bytes_ + bytes >= budget || item_count_ >= most_items;
     }
     void forget(const image_cache_item& item) noexcept;
 
