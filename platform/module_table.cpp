@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace klv {
@@ -143,7 +144,7 @@ bool open_object(module_entry& entry)
     return entry.object != nullptr;
 }
 
-// A file name is taken as the program's or the library's own.
+// Without an object of its own, a module is the program or the library: whatever is linked in.
 FARPROC function_of(void* object, const char* name)
 {
     void* const address = dlsym(object ? object : RTLD_DEFAULT, name);
@@ -197,10 +198,12 @@ BOOL FreeLibrary(HINSTANCE module) noexcept
     const bool permanent = entry == modules()[program_index].get() || entry == modules()[library_index].get();
     if (permanent && entry->uses == 1)
         return TRUE;
-    if (--entry->uses == 0 && entry->object) {
-        dlclose(entry->object);
-        entry->object = nullptr;
-    }
+    if (--entry->uses > 0)
+        return TRUE;
+    if (entry->object)
+        dlclose(std::exchange(entry->object, nullptr));
+    if (!entry->registered)
+        entry->symbols = {};
     return TRUE;
 }
 

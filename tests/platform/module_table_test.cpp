@@ -35,7 +35,11 @@ TEST(ModuleTable, NamesStandForRegisteredSymbols)
     EXPECT_TRUE(FreeLibrary(module));
     EXPECT_FALSE(FreeLibrary(module));
     EXPECT_EQ(GetProcAddress(module, "First"), nullptr);
+
+    EXPECT_EQ(LoadLibraryA("colours.dll"), module);
     UnregisterModule("colours.dll");
+    EXPECT_EQ(GetProcAddress(module, "First"), first_function) << "in use: valid until it is freed";
+    FreeLibrary(module);
     EXPECT_EQ(LoadLibraryA("colours.dll"), nullptr);
 }
 
