@@ -355,6 +355,8 @@ private:
     void ResetNativeContext(HDC dc) noexcept;
     int ReadResolution(int index) const noexcept;
     void SetClip(HRGN region) noexcept;
+    /// The shape in the current fill mode as a region, as far as it lies in an area of the device.
+    HRGN ClippingRegion(const vSHAPE& shape, const RECT& area) noexcept;
     void ForgetClips() noexcept;
     void CopyClips(const vDEVICE& other) noexcept;
     bool FillWanted() const noexcept;

@@ -68,7 +68,11 @@ void vDEVICE::ClipArea(HRGN region, int mode) noexcept
 
 void vDEVICE::ClipArea(const vSHAPE& shape, int mode) noexcept
 {
-    HRGN region = GetShapeAsRegion(shape, fill_.Mode());
+    const active_dc dc(*this);
+    const RECT surface{0, 0, GetDeviceCaps(dc, HORZRES), GetDeviceCaps(dc, VERTRES)};
+    // A native metafile has no size to keep to.
+    HRGN region = surface.right > 0 && !native_metafile_ ? ClippingRegion(shape, surface)
+                                                         : GetShapeAsRegion(shape, fill_.Mode());
     // A shape without points has no inside: it is clipped by an empty region, not by none.
     if (!region)
         region = CreateRectRgn(0, 0, 0, 0);

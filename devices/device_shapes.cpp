@@ -2,8 +2,10 @@
 #include "devices/flatten.h"
 #include "devices/line_shape.h"
 #include "devices/point_list.h"
+#include "devices/polygon_clip.h"
 #include "platform/gdi/gdi.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -31,6 +33,11 @@ template <class T> T* allocated_copy(std::span<const T> items) noexcept
     return copy;
 }
 
+bool holds(const RECT& area, const POINT& point) noexcept
+{
+    return area.left <= point.x && point.x <= area.right && area.top <= point.y && point.y <= area.bottom;
+}
+
 HRGN region_by_contours(std::span<const POINT> points, std::span<const int> counts, int mode) noexcept
 {
     HRGN region = CreateRectRgn(0, 0, 0, 0);
@@ -44,6 +51,17 @@ HRGN region_by_contours(std::span<const POINT> points, std::span<const int> coun
         DeleteObject(contour);
     }
     return region;
+}
+
+HRGN region_of(std::span<const POINT> points, std::span<const int> counts, vFILLMODE mode) noexcept
+{
+    if (counts.empty())
+        return nullptr;
+    const int polygon_mode = mode == vFILL_ALTERNATE ? ALTERNATE : WINDING;
+    HRGN region = counts.size() == 1
+        ? CreatePolygonRgn(points.data(), counts[0], polygon_mode)
+        : CreatePolyPolygonRgn(points.data(), counts.data(), static_cast<int>(counts.size()), polygon_mode);
+    return region ? region : region_by_contours(points, counts, polygon_mode);
 }
 
 } // namespace
@@ -86,13 +104,21 @@ HRGN vDEVICE::GetShapeAsRegion(const vSHAPE& shape, vFILLMODE mode) noexcept
 {
     std::span<const POINT> points;
     std::span<const int> counts;
-    const int contours = ConvertShapeToPoints(shape, points, counts);
-    if (contours == 0)
-        return nullptr;
-    const int polygon_mode = mode == vFILL_ALTERNATE ? ALTERNATE : WINDING;
-    HRGN region = contours == 1 ? CreatePolygonRgn(points.data(), counts[0], polygon_mode)
-                                : CreatePolyPolygonRgn(points.data(), counts.data(), contours, polygon_mode);
-    return region ? region : region_by_contours(points, counts, polygon_mode);
+    ConvertShapeToPoints(shape, points, counts);
+    return region_of(points, counts, mode);
+}
+
+HRGN vDEVICE::ClippingRegion(const vSHAPE& shape, const RECT& area) noexcept
+{
+    std::span<const POINT> points;
+    std::span<const int> counts;
+    ConvertShapeToPoints(shape, points, counts);
+    if (std::all_of(points.begin(), points.end(), [&](const POINT& point) { return holds(area, point); }))
+        return region_of(points, counts, fill_.Mode());
+    static LISTINFO clipped;
+    clipped.ClearPolygons();
+    clip_polygons(points, counts, area, clipped);
+    return region_of(clipped.Points(), clipped.Counts(), fill_.Mode());
 }
 
 void vDEVICE::LineShape(const vSHAPE& shape) noexcept { DrawOutline(*this, shape); }

@@ -12,6 +12,8 @@ std::int32_t integer_root(std::int64_t square) noexcept
         --root;
     else if ((root + 1) * (root + 1) <= square)
         ++root;
+    if (square - root * root > root)
+        ++root;
     return static_cast<std::int32_t>(root);
 }
 

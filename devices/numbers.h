@@ -46,7 +46,7 @@ constexpr std::int64_t mul_div(std::int64_t value, std::int64_t multiplier, std:
     return divisor < 0 ? -quotient : quotient;
 }
 
-/// Square root, truncated. \param square not negative
+/// Square root, to the nearest whole number. \param square not negative
 std::int32_t integer_root(std::int64_t square) noexcept;
 
 inline std::int32_t length(std::int64_t dx, std::int64_t dy) noexcept
