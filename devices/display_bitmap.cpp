@@ -109,14 +109,23 @@ vDISPLAYBMP::vDISPLAYBMP(oIMGCONTEXT& context, oDEVICECONTEXT*, int transparent,
 vDISPLAYBMP::~vDISPLAYBMP()
 {
     if (memory_dc_) {
-        SelectObject(memory_dc_, previous_object_);
+        if (previous_object_)
+            SelectObject(memory_dc_, previous_object_);
         DeleteDC(memory_dc_);
     }
-    for (const surface& s : surfaces_)
-        if (s.bitmap)
-            DeleteObject(s.bitmap);
+    release_surfaces();
     if (mask_)
         DeleteObject(mask_);
+}
+
+void vDISPLAYBMP::release_surfaces() noexcept
+{
+    for (surface& s : surfaces_) {
+        if (s.bitmap)
+            DeleteObject(s.bitmap);
+        s.bitmap = nullptr;
+        s.bits = nullptr;
+    }
 }
 
 // ---- Surfaces ------------------------------------------------------------------------------------------
@@ -133,6 +142,7 @@ void vDISPLAYBMP::Init(int width, int height, int transparent, int bits, int pal
     height_ = height;
     if (!memory_dc_ || !make_surface(surfaces_[0], bits, palette != 0)
         || (two && !make_surface(surfaces_[1], bits, false))) {
+        release_surfaces();
         width_ = height_ = 0;
         return;
     }

@@ -108,6 +108,7 @@ private:
     void Init(int width, int height, int transparent, int bits, int palette) noexcept;
     bool make_surface(surface& target, int bits, bool with_palette) noexcept;
     void clear_surfaces() noexcept;
+    void release_surfaces() noexcept;
     void select_surface(vDUALSURFACE index) noexcept;
     bool prepare_mask() noexcept;
     HBITMAP Create16ColMask() noexcept;
