@@ -33,11 +33,11 @@ vMEMSTREAM::vMEMSTREAM(const vMEMSTREAM& other) noexcept
     , position_(other.position_)
     , size_(other.size_)
     , capacity_(other.capacity_)
-    , overflow_(other.overflow_ ? new vFILE(*other.overflow_) : nullptr)
     , growable_(other.growable_)
 {
     if (bytes_)
         bytes_->add_reference();
+    share_overflow(other);
     allow_writing();
 }
 
@@ -48,7 +48,7 @@ vMEMSTREAM& vMEMSTREAM::operator=(vMEMSTREAM& source) noexcept
     if (source.bytes_)
         source.bytes_->add_reference();
     release_bytes();
-    overflow_.reset(source.overflow_ ? new vFILE(*source.overflow_) : nullptr);
+    share_overflow(source);
     bytes_ = source.bytes_;
     position_ = 0;
     size_ = source.size_;
@@ -60,6 +60,13 @@ vMEMSTREAM& vMEMSTREAM::operator=(vMEMSTREAM& source) noexcept
 }
 
 vMEMSTREAM::~vMEMSTREAM() { release_bytes(); }
+
+void vMEMSTREAM::share_overflow(const vMEMSTREAM& other) noexcept
+{
+    overflow_.reset(other.overflow_ ? new vFILE(*other.overflow_) : nullptr);
+    if (other.overflow_ && !overflow_)
+        set_status(vSTREAM_OPEN_ERROR);
+}
 
 void vMEMSTREAM::release_bytes() noexcept
 {

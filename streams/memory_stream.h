@@ -84,6 +84,7 @@ private:
     bool spill() noexcept;
     void allow_writing() noexcept;
     void release_bytes() noexcept;
+    void share_overflow(const vMEMSTREAM& other) noexcept;
     std::uint32_t overflow_position() const noexcept;
     std::uint32_t overflow_size() const noexcept;
     template <class Operation> auto pass_on(Operation operation) noexcept;

@@ -16,13 +16,19 @@ public:
     explicit vOLESTREAM(IStream* const* stream, const vSTRING& name = vSTRING(), std::uint32_t = 0) noexcept;
 
     using typed_stream::operator=;
+    /// Copies what remains of source into this stream.
+    vOLESTREAM& operator=(vOLESTREAM& source) noexcept
+    {
+        vSTREAM::operator=(source);
+        return *this;
+    }
 
-    std::uint32_t MoveFromCur(std::int32_t distance) noexcept override;
-    std::uint32_t MoveFromStart(std::uint32_t position) noexcept override;
-    std::uint32_t MoveFromEnd(std::int32_t distance) noexcept override;
-    std::uint32_t CurrentPos() const noexcept override { return position_; }
-    std::uint32_t Size() const noexcept override { return size_; }
-    int AtEnd() const noexcept override { return size_ <= position_; }
+    std::uint32_t MoveFromCur(std::int32_t distance) noexcept final;
+    std::uint32_t MoveFromStart(std::uint32_t position) noexcept final;
+    std::uint32_t MoveFromEnd(std::int32_t distance) noexcept final;
+    std::uint32_t CurrentPos() const noexcept final { return position_; }
+    std::uint32_t Size() const noexcept final { return size_; }
+    int AtEnd() const noexcept final { return size_ <= position_; }
 
 private:
     friend class typed_stream<vOLESTREAM>;

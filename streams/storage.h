@@ -11,7 +11,7 @@ namespace klv {
 /// A named place that holds streams. What it does itself is nothing: the operations answer 0.
 class vSTORAGE : public vARCHIVE {
 public:
-    explicit vSTORAGE(const vSTRING& name, std::uint32_t = 0)
+    explicit vSTORAGE(const vSTRING& name, std::uint32_t = 0) noexcept
         : name_(name)
     {
     }

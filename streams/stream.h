@@ -30,7 +30,7 @@ struct compression_frame;
 class vSTREAM : public vARCHIVE {
 public:
     vSTREAM() = default;
-    explicit vSTREAM(const vSTRING& name, std::uint32_t = 0)
+    explicit vSTREAM(const vSTRING& name, std::uint32_t = 0) noexcept
         : name_(name)
     {
     }

@@ -47,6 +47,20 @@ TEST_F(OleStream, WritesGrowItAndMovesSetNoStatus)
     EXPECT_EQ(contents(stream), (byte_vector{1, 2, 3, 0xFF, 5, 6}));
 }
 
+TEST_F(OleStream, AssignmentCopiesBytesAndKeepsTheInterface)
+{
+    vOLESTREAM source(&interface_);
+    write(source, to_bytes("abc"));
+    source.MoveFromStart(1);
+    IStream* other = CreateMemoryStream();
+    vOLESTREAM target(&other);
+    target = source;
+    target << std::uint8_t{'!'};
+    EXPECT_EQ(contents(target), to_bytes("bc!"));
+    EXPECT_EQ(contents(source), to_bytes("abc"));
+    other->Release();
+}
+
 TEST_F(OleStream, IgnoresSwappedByteOrder)
 {
     vOLESTREAM stream(&interface_);
