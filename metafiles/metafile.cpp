@@ -179,6 +179,12 @@ void vMETAFILE::TextTransparency(int transparent) noexcept
 
 // Figures
 
+void vMETAFILE::DrawLine(const vPOINT& from, const vPOINT& to) noexcept
+{
+    const vPOINT ends[] = {from, to};
+    DrawLine(std::span<const vPOINT>(ends));
+}
+
 void vMETAFILE::DrawLine(std::span<const vPOINT> points) noexcept
 {
     for (const vPOINT& p : points)
@@ -295,6 +301,14 @@ void vMETAFILE::DrawDIB(const oDIB& bitmap, oDIBCONTEXT& context, vRECT* rect, i
     fields.write(out, *stored);
     if (stored != &bitmap)
         delete stored;
+}
+
+void vMETAFILE::EndMetaFile() noexcept
+{
+    if (stream_)
+        stream_->MoveFromEnd(0);
+    append_whole(end_record());
+    LogicalExtents(x0_, x1_, y0_, y1_);
 }
 
 void vMETAFILE::LastPoint(POINT& point) noexcept { point = last_point_; }

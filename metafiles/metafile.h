@@ -98,6 +98,7 @@ public:
     int ClipAreaIntersect(const vRECT&) noexcept override { return 1; }
     void TextTransparency(int transparent) noexcept override;
     using vDEVICE::DrawLine;
+    void DrawLine(const vPOINT& from, const vPOINT& to) noexcept override;
     /// Records a line through all points; one of more than 65535 becomes several that meet.
     void DrawLine(std::span<const vPOINT> points) noexcept override;
     void DrawLine(int count, vCOLLECTION& points) noexcept override;

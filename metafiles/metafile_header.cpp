@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "core/integer_math.h"
-#include "metafiles/metafile_records.h"
 #include "metafiles/record_stream.h"
 #include "platform/byte_reader.h"
 
@@ -150,14 +149,6 @@ void vMETAFILE::derive_units_per_inch() noexcept
         LogUnitsPerHorzInch(MulDiv(LogicalWidth(), units_per_inch, physical_width_));
     if (LogicalHeight() != 0)
         LogUnitsPerVertInch(MulDiv(LogicalHeight(), units_per_inch, physical_height_));
-}
-
-void vMETAFILE::EndMetaFile() noexcept
-{
-    if (stream_)
-        stream_->MoveFromEnd(0);
-    append_whole(end_record());
-    LogicalExtents(x0_, x1_, y0_, y1_);
 }
 
 void vMETAFILE::LogicalExtents(int x0, int x1, int y0, int y1) noexcept

@@ -1,0 +1,31 @@
+// A recorded picture that nobody vetted: its records are printed, and drawn on a small device.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "devices/memory_device.h"
+#include "metafiles/metafile.h"
+#include "metafiles/record_cursor.h"
+#include "metafiles/record_text.h"
+#include "streams/memory_stream.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace klv;
+    vMEMSTREAM stream;
+    stream.WritePlain(data, static_cast<std::uint32_t>(size));
+    vMETAFILE picture(stream);
+
+    record_line line;
+    for_each_record(picture, [&](metafile_record& r) {
+        line.clear();
+        describe(r, line);
+    });
+
+    for (const vTEXTREPLAY replay : {vTEXTREPLAY::as_bitmap, vTEXTREPLAY::as_text}) {
+        vMETAFILE::TextReplay(replay);
+        vMEMDEVICE device(64, 48);
+        device.DrawMetafile(picture, vRECT(0, 0, 64, 48));
+    }
+    return 0;
+}
