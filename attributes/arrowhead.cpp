@@ -42,7 +42,8 @@ vSHAPE vARROWHEAD::placed(
     result.Rescale({scale, scale});
     result.Translate(end.x, end.y);
     // The outline expects the line from positive x, which is angle 180 of the line's own direction.
-    const double direction = std::atan2(double{1} * end.y - from.y, double{1} * end.x - from.x);
+    const double direction
+        = std::atan2(static_cast<double>(end.y) - from.y, static_cast<double>(end.x) - from.x);
     result.Rotate(end, 180 - direction * 180 / 3.141592653589793, 1.0);
     return result;
 }

@@ -31,7 +31,7 @@ void vTILEINFO::CalculateTilesAcrossDown(vDEVICE&, vRECT& area) noexcept
         return;
     const int more = mode_ == vTILE_FIXED_SIZE_AND_ONE ? 1 : 0;
     const auto cover = [=](int length, int tile) {
-        return std::max(wrap_add(truncate_wrapped(std::ceil(double{1} * length / tile)), more), 1);
+        return std::max(wrap_add(truncate_wrapped(std::ceil(static_cast<double>(length) / tile)), more), 1);
     };
     across_ = cover(area.Width(), size_.Width());
     down_ = cover(area.Height(), size_.Height());

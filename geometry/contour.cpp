@@ -37,7 +37,7 @@ vWINDING_DIRECTION direction_of(std::int32_t area)
 // Whole degrees, rounded from hundredths.
 int edge_angle(const POINT& from, const POINT& to)
 {
-    const double radians = std::atan2(double{1} * to.y - from.y, double{1} * to.x - from.x);
+    const double radians = std::atan2(static_cast<double>(to.y) - from.y, static_cast<double>(to.x) - from.x);
     const double hundredths = std::round(radians * 180.0 / std::numbers::pi * 100.0);
     return static_cast<int>(std::round(hundredths / 100.0));
 }
@@ -54,14 +54,13 @@ bool near(const POINT& a, const POINT& b)
     return std::abs(std::int64_t{a.x} - b.x) <= distance && std::abs(std::int64_t{a.y} - b.y) <= distance;
 }
 
-POINT centroid(const POINT& a, const POINT& b, const POINT& c)
-{
-    return {static_cast<std::int32_t>((std::int64_t{a.x} + b.x + c.x) / 3),
-        static_cast<std::int32_t>((std::int64_t{a.y} + b.y + c.y) / 3)};
-}
+struct sample {
+    double x;
+    double y;
+};
 
-// A corner whose triangle lies inside the contour and is neither too sharp, too flat nor too small for
-// its centroid to be a trustworthy inner point.
+// A corner whose triangle lies inside the contour and is neither too sharp, too flat nor too small to be
+// trusted.
 bool is_sound_corner(const POINT& prev, const POINT& p, const POINT& next, vWINDING_DIRECTION direction)
 {
     if (TriangleDirection(prev, p, next) != direction)
@@ -70,30 +69,49 @@ bool is_sound_corner(const POINT& prev, const POINT& p, const POINT& next, vWIND
     return angle >= 10 && angle < 171 && !near(prev, p) && !near(next, p);
 }
 
-POINT inner_point(std::span<const POINT> contour)
+// From the corner a little way toward the middle of its triangle: inside the contour, and not yet inside
+// another contour that may lie close by.
+sample inner_side(const POINT& prev, const POINT& p, const POINT& next)
 {
-    if (contour.size() == 3)
-        return centroid(contour[0], contour[1], contour[2]);
-    const auto turns = ContourDirection(contour);
-    const auto direction = turns == vWINDING_NONE ? vWINDING_ANTICLOCKWISE : turns;
-    for (std::size_t i = 0; i < contour.size(); ++i) {
-        const POINT& prev = contour[(i == 0 ? contour.size() : i) - 1];
-        const POINT& next = contour[i + 1 == contour.size() ? 0 : i + 1];
-        if (is_sound_corner(prev, contour[i], next, direction))
-            return centroid(prev, contour[i], next);
-    }
-    return contour[0];
+    constexpr double little = 1.0 / 1024;
+    const double x = (static_cast<double>(prev.x) + p.x + next.x) / 3;
+    const double y = (static_cast<double>(prev.y) + p.y + next.y) / 3;
+    return {p.x + (x - p.x) * little, p.y + (y - p.y) * little};
 }
 
-bool crosses_left_of(const POINT& a, const POINT& b, const POINT& p)
+// A point just inside the contour: at its first sound corner, else, on smooth or tiny contours, at the one
+// with the largest triangle.
+sample inner_point(std::span<const POINT> contour)
+{
+    const auto turns = ContourDirection(contour);
+    const auto direction = turns == vWINDING_NONE ? vWINDING_ANTICLOCKWISE : turns;
+    const std::size_t n = contour.size();
+    std::size_t best = 0;
+    std::int32_t largest = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const POINT& prev = contour[(i == 0 ? n : i) - 1];
+        const POINT& next = contour[i + 1 == n ? 0 : i + 1];
+        if (is_sound_corner(prev, contour[i], next, direction))
+            return inner_side(prev, contour[i], next);
+        const std::int32_t area = TriangleArea(prev, contour[i], next);
+        if (TriangleDirection(prev, contour[i], next) == direction && wrap_abs(area) > largest) {
+            largest = wrap_abs(area);
+            best = i;
+        }
+    }
+    return inner_side(
+        contour[(best == 0 ? n : best) - 1], contour[best], contour[best + 1 == n ? 0 : best + 1]);
+}
+
+bool crosses_left_of(const POINT& a, const POINT& b, const sample& p)
 {
     const bool spans = (a.y >= p.y && p.y > b.y) || (a.y < p.y && p.y <= b.y);
     if (!spans)
         return false;
     if (a.x < p.x && b.x < p.x)
         return true;
-    const double slope = (double{1} * b.x - a.x) / (double{1} * b.y - a.y);
-    return a.x + slope * (double{1} * p.y - a.y) < p.x;
+    const double slope = (static_cast<double>(b.x) - a.x) / (static_cast<double>(b.y) - a.y);
+    return a.x + slope * (p.y - a.y) < p.x;
 }
 
 } // namespace
@@ -110,7 +128,9 @@ vWINDING_DIRECTION TriangleDirection(const POINT& a, const POINT& b, const POINT
 
 void ReverseContour(std::span<POINT> contour) noexcept { std::ranges::reverse(contour); }
 
-bool PointInPolyPolygon(std::span<const POINT> points, std::span<const int> counts, const POINT& p) noexcept
+namespace {
+
+bool is_inside(std::span<const POINT> points, std::span<const int> counts, const sample& p)
 {
     bool inside = false;
     std::size_t at = 0;
@@ -125,10 +145,17 @@ bool PointInPolyPolygon(std::span<const POINT> points, std::span<const int> coun
     return inside;
 }
 
+} // namespace
+
+bool PointInPolyPolygon(std::span<const POINT> points, std::span<const int> counts, const POINT& p) noexcept
+{
+    return is_inside(points, counts, {static_cast<double>(p.x), static_cast<double>(p.y)});
+}
+
 bool ContourIsHole(
     std::span<const POINT> points, std::span<const int> counts, std::span<const POINT> contour) noexcept
 {
-    return !contour.empty() && !PointInPolyPolygon(points, counts, inner_point(contour));
+    return !contour.empty() && !is_inside(points, counts, inner_point(contour));
 }
 
 } // namespace klv

@@ -142,7 +142,8 @@ double fitter::extent(std::size_t first, std::size_t last) const
     vRECT box(points_[first], points_[first]);
     for (std::size_t i = first + 1; i <= last; ++i)
         box.EncompassPoint(points_[i]);
-    return std::max(double{1} * box.Right() - box.Left(), double{1} * box.Bottom() - box.Top());
+    return std::max(
+        static_cast<double>(box.Right()) - box.Left(), static_cast<double>(box.Bottom()) - box.Top());
 }
 
 std::optional<cubic> fitter::fit_one(std::size_t first, std::size_t last)

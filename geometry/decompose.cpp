@@ -57,7 +57,7 @@ struct crossing_point {
 
 double distance(const POINT& a, const POINT& b)
 {
-    return std::round(std::hypot(double{1} * b.x - a.x, double{1} * b.y - a.y));
+    return std::round(std::hypot(static_cast<double>(b.x) - a.x, static_cast<double>(b.y) - a.y));
 }
 
 // Where a meets b; nothing for segments that pass each other or lie on one line.
@@ -67,9 +67,9 @@ std::optional<crossing_point> cross(const segment& a, const segment& b)
         return crossing_point{b.from, 0, 0};
     if (!a.overlaps(b))
         return std::nullopt;
-    const double ax = double{1} * a.to.x - a.from.x, ay = double{1} * a.to.y - a.from.y;
-    const double bx = double{1} * b.from.x - b.to.x, by = double{1} * b.from.y - b.to.y;
-    const double dx = double{1} * b.from.x - a.from.x, dy = double{1} * b.from.y - a.from.y;
+    const double ax = static_cast<double>(a.to.x) - a.from.x, ay = static_cast<double>(a.to.y) - a.from.y;
+    const double bx = static_cast<double>(b.from.x) - b.to.x, by = static_cast<double>(b.from.y) - b.to.y;
+    const double dx = static_cast<double>(b.from.x) - a.from.x, dy = static_cast<double>(b.from.y) - a.from.y;
     const double den = ax * by - ay * bx;
     const double t = dx * by - dy * bx;
     const double s = ax * dy - ay * dx;

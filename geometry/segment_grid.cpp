@@ -19,11 +19,6 @@ segment_grid::segment_grid(std::span<const segment> segments)
 {
     if (segments.empty())
         return;
-    // A segment may pass through two rows' worth of cells, so this bounds the grid's memory.
-    constexpr std::uint32_t most_cells_in_row = 64;
-    side_ = static_cast<std::uint32_t>(
-        std::clamp(std::sqrt(static_cast<double>(segments.size())), 1.0, double{most_cells_in_row}));
-
     // Every segment ends where another begins.
     const auto x_of = [](const segment& s) { return s.from.x; };
     const auto y_of = [](const segment& s) { return s.from.y; };
@@ -31,8 +26,7 @@ segment_grid::segment_grid(std::span<const segment> segments)
     const auto [least_y, greatest_y] = std::ranges::minmax(segments, {}, y_of);
     left_ = least_x.from.x;
     top_ = least_y.from.y;
-    cell_width_ = std::max((greatest_x.from.x - left_) / side_, 1.0);
-    cell_height_ = std::max((greatest_y.from.y - top_) / side_, 1.0);
+    choose_cells(greatest_x.from.x - left_, greatest_y.from.y - top_);
 
     // Counted first, then filled in from the back of each cell.
     starts_.assign(std::size_t{side_} * side_ + 1, 0);
@@ -52,6 +46,25 @@ segment_grid::segment_grid(std::span<const segment> segments)
                 members_[--starts_[cells.row * side_ + c]] = i;
         });
     }
+}
+
+// Small cells keep the neighbours few; long segments, which pass through many cells, ask for larger ones.
+void segment_grid::choose_cells(double width, double height)
+{
+    constexpr double most_cells_in_row = 1024;
+    constexpr double most_cells_of_segment = 16; // on the average
+    double across = 0, down = 0;
+    for (const auto& s : segments_) {
+        across += std::abs(static_cast<double>(s.to.x) - s.from.x);
+        down += std::abs(static_cast<double>(s.to.y) - s.from.y);
+    }
+    const auto count = static_cast<double>(segments_.size());
+    const double crossings_at_one = across / std::max(width, 1.0) + down / std::max(height, 1.0);
+    const double side
+        = std::min(std::sqrt(count), most_cells_of_segment * count / std::max(crossings_at_one, 1.0));
+    side_ = static_cast<std::uint32_t>(std::clamp(2 * side, 1.0, most_cells_in_row));
+    cell_width_ = std::max(width / side_, 1.0);
+    cell_height_ = std::max(height / side_, 1.0);
 }
 
 std::uint32_t segment_grid::column(double x) const

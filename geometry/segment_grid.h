@@ -35,6 +35,7 @@ private:
     };
 
     template <typename VISIT> void for_each_row(const segment& s, VISIT&& visit) const;
+    void choose_cells(double width, double height);
     [[nodiscard]] std::uint32_t column(double x) const;
     [[nodiscard]] std::uint32_t row(double y) const;
 

@@ -19,7 +19,7 @@ struct vector2 {
 
 vector2 difference(const vPOINT& a, const vPOINT& b)
 {
-    return {double{1} * a.x - b.x, double{1} * a.y - b.y};
+    return {static_cast<double>(a.x) - b.x, static_cast<double>(a.y) - b.y};
 }
 
 // A point of the perpendicular bisector of the chord from p along u; the middle is an integer.

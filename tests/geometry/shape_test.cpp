@@ -234,7 +234,7 @@ TEST(Shape, ExtremeCoordinatesWrap)
     shape.Translate(1, -1);
     EXPECT_EQ(text_of(shape), "-2147483647,2147483647:9 -2147483648,-1:8 1,2147483646:10");
     EXPECT_EQ(shape.IsRectangular(), 0);
-    EXPECT_EQ(shape.IsSingleClosedConvexPolygon(), vWINDING_ANTICLOCKWISE);
+    EXPECT_EQ(shape.IsSingleClosedConvexPolygon(), vWINDING_CLOCKWISE);
     shape.Rescale({INT32_MAX, INT32_MIN});
     shape.Rotate({INT32_MIN, INT32_MAX}, 90, 0);
     shape.Rotate({INT32_MIN, INT32_MAX}, 33, 1);
