@@ -110,7 +110,7 @@ void wmf_reader::stretch_dib(byte_reader& in)
     wmf_stretch_dib r;
     if (!wmf_read(in, r))
         return;
-    draw_bitmap(read_wmf_dib(in.rest(), faithful_),
+    draw_bitmap(read_wmf_dib(in.rest(), faithful_, palette_, r.colour_usage),
         {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
             .source_x = r.source_x, .source_y = r.source_y, .source_width = r.source_width,
             .source_height = r.source_height});
@@ -121,7 +121,7 @@ void wmf_reader::dib_stretch_blt(byte_reader& in)
     wmf_stretch_blt r;
     if (!wmf_read(in, r))
         return;
-    draw_bitmap(read_wmf_dib(in.rest(), faithful_),
+    draw_bitmap(read_wmf_dib(in.rest(), faithful_, palette_),
         {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
             .source_x = r.source_x, .source_y = r.source_y, .source_width = r.source_width,
             .source_height = r.source_height, .source_from_top = true});
@@ -148,7 +148,7 @@ void wmf_reader::bit_blt(const wmf_record& record, byte_reader& in, bool device_
     if (!wmf_read(in, r))
         return;
     auto bitmap = device_dependent ? read_wmf_bitmap16(in, state_.text_colour, state_.background)
-                                   : read_wmf_dib(in.rest(), true);
+                                   : read_wmf_dib(in.rest(), true, palette_);
     draw_bitmap(std::move(bitmap),
         {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
             .source_x = r.source_x, .source_y = r.source_y, .source_width = r.width, .source_height = r.height,
@@ -171,7 +171,7 @@ void wmf_reader::set_dib_to_device(byte_reader& in)
     wmf_set_dib_to_dev r;
     if (!wmf_read(in, r))
         return;
-    draw_bitmap(read_wmf_dib(in.rest(), true),
+    draw_bitmap(read_wmf_dib(in.rest(), true, palette_, r.colour_usage),
         {.x = r.x, .y = r.y, .width = r.width, .height = r.height, .source_x = r.source_x,
             .source_y = r.source_y, .source_width = r.width, .source_height = r.height});
 }
@@ -180,6 +180,7 @@ void wmf_reader::draw_bitmap(std::unique_ptr<oMEMDIB> bitmap, const blit& where)
 {
     if (!bitmap)
         return;
+    record_clip();
     if (transparent_bitmap_.collecting()) {
         transparent_bitmap_.add_piece(*bitmap, where.x, where.y, where.height);
         return;

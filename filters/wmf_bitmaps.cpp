@@ -86,6 +86,62 @@ bytes_buffer with_info_header_from_longer(std::span<const std::uint8_t> packed, 
     return out;
 }
 
+// What stands between the header and the rows of a bitmap.
+enum class colour_table { colours, indices, missing };
+
+struct palette_layout {
+    std::uint32_t bits = 0;
+    std::uint32_t colours = 0;
+    std::uint64_t image_size = 0;
+};
+
+palette_layout palette_layout_of(std::span<const std::uint8_t> packed)
+{
+    byte_reader in(packed);
+    in.skip(4);
+    const auto width = static_cast<std::uint32_t>(std::abs(std::int64_t {in.i32le()}));
+    const auto height = static_cast<std::uint32_t>(std::abs(std::int64_t {in.i32le()}));
+    in.skip(2);
+    palette_layout layout;
+    layout.bits = in.u16le();
+    const bool plain = in.u32le() == 0;
+    in.skip(12);
+    const std::uint32_t used = in.u32le();
+    if (layout.bits == 0 || layout.bits > 8 || !plain)
+        return {};
+    layout.colours = used != 0 && used < 1u << layout.bits ? used : 1u << layout.bits;
+    layout.image_size = dib_stride(width, layout.bits) * height;
+    return layout;
+}
+
+colour_table table_kind(std::span<const std::uint8_t> packed, std::uint16_t colour_usage)
+{
+    const auto layout = palette_layout_of(packed);
+    if (layout.bits == 0 || layout.image_size == 0)
+        return colour_table::colours;
+    const std::uint64_t room = packed.size() - info_header_size;
+    if (room < layout.image_size + layout.colours * 2)
+        return colour_table::missing;
+    return colour_usage == 1 ? colour_table::indices : colour_table::colours;
+}
+
+// The bitmap with the colours of a palette as its colour table.
+bytes_buffer with_palette(std::span<const std::uint8_t> packed, std::span<const RGBQUAD> palette, colour_table kind)
+{
+    const auto layout = palette_layout_of(packed);
+    bytes_buffer out(packed.begin(), packed.begin() + info_header_size);
+    put_u32(out, 32, layout.colours);
+    byte_reader in(packed.subspan(info_header_size));
+    for (std::uint32_t i = 0; i < layout.colours; ++i) {
+        const std::size_t index = kind == colour_table::indices ? in.u16le() : i;
+        const RGBQUAD colour = index < palette.size() ? palette[index] : RGBQUAD {};
+        out.insert(out.end(), {colour.rgbBlue, colour.rgbGreen, colour.rgbRed, 0});
+    }
+    const auto rows = in.rest();
+    out.insert(out.end(), rows.begin(), rows.end());
+    return out;
+}
+
 // Divides upwards; the writer rounds positions down, so this finds the pixel that it meant.
 std::int32_t pixel_of(std::int64_t distance, std::int64_t pixels, std::int64_t units)
 {
@@ -134,14 +190,17 @@ std::uint8_t index_of_transparent(std::span<const RGBQUAD> palette, std::uint32_
 
 } // namespace
 
-std::unique_ptr<oMEMDIB> read_wmf_dib(std::span<const std::uint8_t> packed, bool any_header)
+std::unique_ptr<oMEMDIB> read_wmf_dib(std::span<const std::uint8_t> packed, bool any_header,
+    const wmf_colour_table& palette, std::uint16_t colour_usage)
 {
     byte_reader in(packed);
     const std::uint32_t header_size = in.u32le();
     if (!in.ok())
         return nullptr;
-    if (header_size == info_header_size)
-        return dib_from(packed);
+    if (header_size == info_header_size) {
+        const auto kind = palette ? table_kind(packed, colour_usage) : colour_table::colours;
+        return kind == colour_table::colours ? dib_from(packed) : dib_from(with_palette(packed, *palette, kind));
+    }
     if (!any_header)
         return nullptr;
     if (header_size == core_header_size)

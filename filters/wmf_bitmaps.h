@@ -6,6 +6,7 @@
 #include <span>
 
 #include "core/rect.h"
+#include "filters/wmf_objects.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
 #include "platform/byte_reader.h"
@@ -17,9 +18,12 @@ class vMETAFILE;
 class wmf_mapping;
 
 /// A packed bitmap of a record: header, colour table, rows.
-/// \param any_header also takes the other published headers and compressed rows; else only the 40-byte one.
+/// \param any_header also takes the other published headers; else only the 40-byte one.
+/// \param palette the selected palette or null. It gives the colours of a bitmap whose table holds indices into
+/// it (colour usage 1), and of one that has no room for a table.
 /// \return null when there is no bitmap that can be read.
-std::unique_ptr<oMEMDIB> read_wmf_dib(std::span<const std::uint8_t> packed, bool any_header);
+std::unique_ptr<oMEMDIB> read_wmf_dib(std::span<const std::uint8_t> packed, bool any_header,
+    const wmf_colour_table& palette = nullptr, std::uint16_t colour_usage = 0);
 
 /// The pattern of a DIBCREATEPATTERNBRUSH record, after its style and colour usage. Null when it has none.
 std::unique_ptr<oSTREAMDIB> read_wmf_pattern(byte_reader& in, std::uint16_t colour_usage);

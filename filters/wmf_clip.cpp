@@ -1,7 +1,7 @@
 #include "filters/wmf_clip.h"
 
 #include <algorithm>
-#include <array>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -15,6 +15,10 @@ namespace {
 
 // Excluding a rectangle from "everything" needs an everything; pictures lie well inside it.
 constexpr int far_away = 1 << 26;
+
+// A clip area of more rectangles is cut no further: a file that excludes one after the other would cost time
+// with the square of their number. A shape holds four times as many points.
+constexpr std::size_t most_rectangles = 4096;
 
 HRGN region_of(const vRECT& rect)
 {
@@ -43,18 +47,18 @@ std::vector<RECT, vALLOCATOR<RECT>> rectangles_of(HRGN region)
     return rectangles;
 }
 
-// One rectangular contour for each rectangle of the region; an empty region becomes one without area.
-vSHAPE shape_of(HRGN region)
+// One rectangular contour for each rectangle; an empty region becomes one without area.
+vSHAPE shape_of(std::span<const RECT> rectangles)
 {
     std::vector<vPOINT, vALLOCATOR<vPOINT>> points;
     std::vector<std::int32_t, vALLOCATOR<std::int32_t>> counts;
-    auto rectangles = rectangles_of(region);
-    if (rectangles.empty())
-        rectangles.push_back({});
-    for (const auto& r : rectangles) {
+    const auto add = [&](const RECT& r) {
         points.insert(points.end(), {{r.left, r.top}, {r.right, r.top}, {r.right, r.bottom}, {r.left, r.bottom}});
         counts.push_back(4);
-    }
+    };
+    std::for_each(rectangles.begin(), rectangles.end(), add);
+    if (rectangles.empty())
+        add({});
     vSHAPE shape;
     shape.assign_polypolygon(points, counts, 1);
     return shape;
@@ -66,18 +70,21 @@ wmf_clip_area::wmf_clip_area(const wmf_clip_area& other)
 {
     if (!other.region_)
         return;
+    exclusions_ = other.exclusions_;
     region_ = CreateRectRgn(0, 0, 0, 0);
     CombineRgn(region_, other.region_, nullptr, RGN_COPY);
 }
 
 wmf_clip_area::wmf_clip_area(wmf_clip_area&& other) noexcept
     : region_(std::exchange(other.region_, nullptr))
+    , exclusions_(other.exclusions_)
 {
 }
 
 wmf_clip_area& wmf_clip_area::operator=(wmf_clip_area other) noexcept
 {
     std::swap(region_, other.region_);
+    std::swap(exclusions_, other.exclusions_);
     return *this;
 }
 
@@ -99,7 +106,9 @@ void wmf_clip_area::exclude(const vRECT& rect)
 {
     if (!region_)
         region_ = CreateRectRgn(-far_away, -far_away, far_away, far_away);
-    combine_with(region_, rect, RGN_DIFF);
+    if (exclusions_ < most_rectangles)
+        combine_with(region_, rect, RGN_DIFF);
+    ++exclusions_;
 }
 
 void wmf_clip_area::move(const vPOINT& distance)
@@ -115,14 +124,20 @@ bool wmf_clip_area::operator==(const wmf_clip_area& other) const
     return EqualRgn(region_, other.region_) != 0;
 }
 
-void wmf_clip_area::record(vMETAFILE& picture, bool recorded) const
+std::size_t wmf_clip_area::record(vMETAFILE& picture, bool recorded, bool exactly) const
 {
     if (recorded)
         picture.RecordPopClipArea();
     if (!region_)
-        return;
+        return 0;
+    auto rectangles = rectangles_of(region_);
+    if (!exactly || rectangles.size() > most_rectangles) {
+        rectangles.resize(1);
+        GetRgnBox(region_, rectangles.data());
+    }
     picture.RecordPushClipArea();
-    picture.ClipArea(shape_of(region_));
+    picture.ClipArea(shape_of(rectangles));
+    return rectangles.size();
 }
 
 } // namespace klv

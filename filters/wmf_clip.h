@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "core/rect.h"
 #include "platform/types.h"
 
@@ -25,10 +27,13 @@ public:
 
     /// Makes this the clip area of what the picture records from now on.
     /// \param recorded whether the picture has recorded a clip area before that is to be taken back.
-    void record(vMETAFILE& picture, bool recorded) const;
+    /// \param exactly false records the bounds only.
+    /// \return number of rectangles recorded
+    std::size_t record(vMETAFILE& picture, bool recorded, bool exactly) const;
 
 private:
     HRGN region_ = nullptr;
+    std::size_t exclusions_ = 0;
 };
 
 } // namespace klv

@@ -19,6 +19,8 @@ constexpr std::size_t most_line_points = 65535;
 constexpr int pen_style_null = 5;
 constexpr std::uint16_t pen_style_mask = 0x0F;
 constexpr std::uint16_t brush_hollow = 1;
+constexpr std::uint16_t brush_hatched = 2;
+constexpr std::uint16_t hatch_styles = 6;
 
 vCOLOUR colour_of(COLORREF colour) { return vCOLOUR(static_cast<std::int32_t>(colour & 0xFFFFFF), 0); }
 
@@ -46,6 +48,18 @@ vFILLSPEC solid(COLORREF colour, vFILLMODE mode)
     return vFILLSPEC(vFILL_SOLID, colour_of(colour), colour_of(colour), vANGLE(), mode, vPOINT(0, 0));
 }
 
+constexpr std::uint32_t no_operation = 0x00AA0029;
+
+// The third byte of a raster operation tells the result for each combination of pattern, source and target
+// bits, P * 4 + S * 2 + D being the number of the bit. There is no source here.
+COLORREF pattern_operation(std::uint32_t rop, COLORREF pattern, COLORREF target)
+{
+    constexpr std::uint32_t channels = 0xFFFFFF;
+    const auto when = [rop](int combination) { return (rop >> (16 + combination) & 1) != 0 ? channels : 0; };
+    return (when(0) & ~pattern & ~target & channels) | (when(1) & ~pattern & target)
+        | (when(4) & pattern & ~target) | (when(5) & pattern & target);
+}
+
 } // namespace
 
 // Objects
@@ -62,7 +76,12 @@ bool wmf_reader::handle_object(const wmf_record& record, byte_reader& in)
     }
     case wmf_function::create_font_indirect: create_font(in); return true;
     case wmf_function::dib_create_pattern_brush: create_pattern_brush(in); return true;
-    case wmf_function::create_palette:
+    case wmf_function::create_palette: objects_.add(read_wmf_palette(in)); return true;
+    case wmf_function::select_palette:
+        if (const auto* object = objects_.find(in.u16le()))
+            if (const auto* palette = std::get_if<wmf_palette_object>(object))
+                palette_ = palette->colours;
+        return true;
     case wmf_function::create_pattern_brush:
     case wmf_function::create_bitmap_indirect:
     case wmf_function::create_bitmap:
@@ -129,7 +148,9 @@ void wmf_reader::select_pen()
 {
     const auto& pen = state_.pen;
     const int style = faithful_ ? pen.style & pen_style_mask : pen.style;
-    picture_.LineSpec(line_of(line_type_of(style), pen.colour, faithful_ ? pen_width(pen) : pen.width));
+    const auto line = line_of(line_type_of(style), pen.colour, faithful_ ? pen_width(pen) : pen.width);
+    if (!faithful_ || !(line == picture_.LineSpec()))
+        picture_.LineSpec(line);
 }
 
 void wmf_reader::select_brush()
@@ -139,7 +160,10 @@ void wmf_reader::select_brush()
     auto fill = solid(brush.colour, mode);
     if (brush.style == brush_hollow)
         fill.Type(vFILL_NONE);
-    picture_.FillSpec(fill);
+    else if (faithful_ && brush.style == brush_hatched && brush.hatch < hatch_styles)
+        fill.Type(static_cast<vFILLTYPE>(vFILL_HATCH_FIRST + brush.hatch));
+    if (!faithful_ || fill != picture_.FillSpec())
+        picture_.FillSpec(fill);
 }
 
 void wmf_reader::select_font()
@@ -239,6 +263,7 @@ void wmf_reader::line_to(const vPOINT& point)
 
 void wmf_reader::flush_lines()
 {
+    record_clip();
     if (lines_.size() >= 2 && !graduation_.silent())
         picture_.DrawLine(std::span<const vPOINT>(lines_));
     lines_.clear();
@@ -249,6 +274,7 @@ template <typename Draw> void wmf_reader::draw_figure(Draw draw)
 {
     if (graduation_.silent())
         return;
+    record_clip();
     switch (graduation_.judge(picture_.FillSpec())) {
     case wmf_graduation::verdict::skip: return;
     case wmf_graduation::verdict::draw: draw(); return;
@@ -336,6 +362,7 @@ void wmf_reader::arc(byte_reader& in, int closure)
 
 void wmf_reader::fill_plainly(const vRECT& rect, const vFILLSPEC& fill)
 {
+    record_clip();
     picture_.PushLineSpec();
     picture_.PushFillSpec();
     picture_.LineSpec(line_of(vLINE_NONE, 0, 0));
@@ -352,14 +379,18 @@ void wmf_reader::pattern_blit(const wmf_pat_blt& record)
         draw_figure([&] { picture_.DrawRect(rect); });
         return;
     }
-    switch (static_cast<wmf_rop>(record.rop)) {
-    case wmf_rop::blackness: fill_plainly(rect, solid(0x000000, vFILL_ALTERNATE)); return;
-    case wmf_rop::whiteness: fill_plainly(rect, solid(0xFFFFFF, vFILL_ALTERNATE)); return;
-    // What is inverted twice is as it was; once, it can't be recorded for a device not yet known.
-    case wmf_rop::invert:
-    case wmf_rop::pattern_invert: return;
-    default: draw_figure([&] { fill_plainly(rect, vFILLSPEC(picture_.FillSpec())); }); return;
+    const vFILLSPEC& current = picture_.FillSpec();
+    if (static_cast<wmf_rop>(record.rop) == wmf_rop::pattern_copy || current.Type() != vFILL_SOLID) {
+        if (record.rop != no_operation)
+            draw_figure([&] { fill_plainly(rect, vFILLSPEC(picture_.FillSpec())); });
+        return;
     }
+    // What depends on the pixels below can't be recorded for a device not yet known; mostly it leaves them.
+    const COLORREF pattern = current.Colour().PackedRGB();
+    const COLORREF on_black = pattern_operation(record.rop, pattern, 0x000000);
+    const COLORREF on_white = pattern_operation(record.rop, pattern, 0xFFFFFF);
+    if (on_black == on_white)
+        fill_plainly(rect, solid(on_black, vFILL_ALTERNATE));
 }
 
 void wmf_reader::set_pixel(byte_reader& in)

@@ -67,4 +67,18 @@ wmf_font_object read_wmf_font(byte_reader& in)
     return font;
 }
 
+wmf_palette_object read_wmf_palette(byte_reader& in)
+{
+    constexpr std::size_t entry_size = 4;
+    in.skip(2); // version
+    const std::size_t count = std::min<std::size_t>(in.u16le(), in.left() / entry_size);
+    std::vector<RGBQUAD, vALLOCATOR<RGBQUAD>> colours(count);
+    for (auto& colour : colours) {
+        const auto rgb = in.bytes(entry_size);
+        colour = {rgb[2], rgb[1], rgb[0], 0};
+    }
+    return {std::allocate_shared<const std::vector<RGBQUAD, vALLOCATOR<RGBQUAD>>>(
+        vALLOCATOR<RGBQUAD>(), std::move(colours))};
+}
+
 } // namespace klv

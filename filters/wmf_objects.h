@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <memory>
 #include <variant>
+#include <vector>
 
+#include "core/memory.h"
 #include "core/string.h"
 #include "images/stream_dib.h"
 #include "platform/types.h"
@@ -42,11 +44,18 @@ struct wmf_pattern_brush_object {
     std::unique_ptr<oSTREAMDIB> bitmap;
 };
 
+/// Colours in the order of their numbers. The table is shared by the states that select it.
+using wmf_colour_table = std::shared_ptr<const std::vector<RGBQUAD, vALLOCATOR<RGBQUAD>>>;
+
+struct wmf_palette_object {
+    wmf_colour_table colours;
+};
+
 /// Keeps an object number for a record that makes nothing the reader can use.
 struct wmf_reserved_object { };
 
 using wmf_object = std::variant<std::monostate, wmf_pen_object, wmf_brush_object, wmf_font_object,
-    wmf_pattern_brush_object, wmf_reserved_object>;
+    wmf_pattern_brush_object, wmf_palette_object, wmf_reserved_object>;
 
 /// The object table: a creation record takes the first free entry; when all are used, the object is lost.
 class wmf_object_table {
@@ -64,5 +73,6 @@ private:
 wmf_pen_object read_wmf_pen(byte_reader& in);
 wmf_brush_object read_wmf_brush(byte_reader& in);
 wmf_font_object read_wmf_font(byte_reader& in);
+wmf_palette_object read_wmf_palette(byte_reader& in);
 
 } // namespace klv

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <new>
 #include <utility>
+#include <variant>
 
 #include "core/integer_math.h"
 #include "core/progress.h"
@@ -16,7 +17,7 @@
 namespace klv {
 namespace {
 
-// A4 in 0.01 mm... in micrometres: the page of a new picture.
+// The page of a new picture, micrometres.
 constexpr int default_page_width = 210000;
 constexpr int default_page_height = 297000;
 constexpr int micrometres_per_inch = 25400;
@@ -29,6 +30,10 @@ constexpr int fine_extent = 16000;
 
 // A file of SAVEDC records alone may not cost more than this many states.
 constexpr std::size_t most_saved_states = 1000;
+
+// A clip area is recorded anew whenever it changes. Past this many rectangles in all, a file that changes it all
+// the time gets bounds, so that the picture does not grow with the square of the file.
+constexpr std::size_t most_clip_rectangles = 250000;
 
 constexpr std::uint16_t winding_mode = 2;
 constexpr std::uint16_t transparent_mode = 1;
@@ -216,6 +221,7 @@ bool wmf_reader::handle_state(const wmf_record& record, byte_reader& in)
     case wmf_function::intersect_clip_rect:
     case wmf_function::exclude_clip_rect:
     case wmf_function::offset_clip_rgn: change_clip(record.function, in); return true;
+    case wmf_function::select_clip_region: select_clip_region(in.u16le()); return true;
     case wmf_function::save_dc: save_state(); return true;
     case wmf_function::restore_dc: restore_state(in.i16le()); return true;
     case wmf_function::escape: handle_escape(in); return true;
@@ -303,7 +309,6 @@ void wmf_reader::restore_state(int which)
 void wmf_reader::apply_state(const wmf_state& before)
 {
     if (faithful_) {
-        record_clip();
         select_pen();
         select_brush();
         select_font();
@@ -339,15 +344,21 @@ void wmf_reader::change_clip(wmf_function function, byte_reader& in)
             state_.clipping = true;
         }
     }
-    if (faithful_)
-        record_clip();
+}
+
+// A number that names no region takes the clip area away.
+void wmf_reader::select_clip_region(std::size_t object_number)
+{
+    const auto* object = objects_.find(object_number);
+    if (!object || !std::holds_alternative<wmf_reserved_object>(*object))
+        state_.clip = wmf_clip_area();
 }
 
 void wmf_reader::record_clip()
 {
-    if (state_.clip == recorded_clip_)
+    if (!faithful_ || state_.clip == recorded_clip_)
         return;
-    state_.clip.record(picture_, clip_recorded_);
+    clip_rectangles_ += state_.clip.record(picture_, clip_recorded_, clip_rectangles_ < most_clip_rectangles);
     recorded_clip_ = state_.clip;
     clip_recorded_ = !recorded_clip_.whole();
 }

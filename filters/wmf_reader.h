@@ -84,6 +84,7 @@ private:
     void restore_state(int which);
     void apply_state(const wmf_state& before);
     void change_clip(wmf_function function, byte_reader& in);
+    void select_clip_region(std::size_t object_number);
     void record_clip();
 
     // Objects.
@@ -125,6 +126,8 @@ private:
     void draw_text(byte_reader& in);
     void text(std::string_view characters, const vPOINT& point, std::span<const std::uint8_t> spacing);
     void faithful_text(std::string_view characters, vPOINT point, std::span<const std::uint8_t> spacing);
+    void spaced_text(std::string_view characters, std::span<const std::uint8_t> spacing, const vPOINT& start,
+        const wmf_text_measures& measures, bool font_fits);
     void text_run(std::string_view characters, const vPOINT& baseline);
 
     vMETAFILE& picture_;
@@ -146,6 +149,8 @@ private:
     wmf_text_measurer measurer_;
     wmf_clip_area recorded_clip_;
     bool clip_recorded_ = false;
+    std::size_t clip_rectangles_ = 0; ///< recorded so far
+    wmf_colour_table palette_; ///< of the selected palette
 
     point_list lines_; ///< points of line segments not yet drawn
     point_list points_;

@@ -13,9 +13,13 @@ namespace {
 
 constexpr std::size_t longest_text = 1000;
 
-// A character that its file's spacing puts further than this part of the font's height away from where the
-// font at hand would put it begins a run of its own.
-constexpr double largest_drift = 0.08;
+// Where the font at hand runs about as wide as the file's spacing says, the spacing only differs by the rounding of
+// the program that wrote it: words are moved to their places, and a single character only when it is far off. In any
+// other font each character that is off goes to its place. Parts of the font's height.
+constexpr double same_width = 0.06;
+constexpr double drift_of_word = 0.04;
+constexpr double drift_of_far_character = 0.35;
+constexpr double drift_of_character = 0.08;
 
 std::size_t padded(std::size_t count) { return count + count % 2; }
 
@@ -28,7 +32,12 @@ std::string_view read_characters(byte_reader& in, std::size_t count)
     return {reinterpret_cast<const char*>(kept.data()), static_cast<std::size_t>(end - kept.begin())};
 }
 
-vSTRING to_string(std::string_view characters) { return vSTRING(characters); }
+// Their spacing is by bytes, and a run may not begin inside a character.
+bool is_double_byte(std::uint8_t charset)
+{
+    return charset == SHIFTJIS_CHARSET || charset == HANGUL_CHARSET || charset == JOHAB_CHARSET
+        || charset == GB2312_CHARSET || charset == CHINESEBIG5_CHARSET;
+}
 
 } // namespace
 
@@ -92,6 +101,7 @@ void wmf_reader::text(std::string_view characters, const vPOINT& point, std::spa
 {
     if (characters.empty())
         return;
+    record_clip();
     const vCOLOUR colour(static_cast<std::int32_t>(state_.text_colour & 0xFFFFFF), 0);
     picture_.PushFillSpec();
     picture_.FillSpec(vFILLSPEC(vFILL_SOLID, colour, colour, vANGLE(), vFILL_ALTERNATE, vPOINT(0, 0)));
@@ -104,7 +114,8 @@ void wmf_reader::text(std::string_view characters, const vPOINT& point, std::spa
 
 void wmf_reader::text_run(std::string_view characters, const vPOINT& baseline)
 {
-    picture_.DrawTextOnLine(to_string(characters), baseline, nullptr);
+    if (!characters.empty())
+        picture_.DrawTextOnLine(vSTRING(characters), baseline, nullptr);
 }
 
 // Places the text by its alignment and, where the font at hand runs differently, by the file's spacing.
@@ -129,21 +140,35 @@ void wmf_reader::faithful_text(std::string_view characters, vPOINT point, std::s
     if (state_.text_align & TA_UPDATECP)
         state_.current_point = along_baseline(point, font.escapement, width);
 
-    distances = byte_reader(spacing);
+    if (spaced && !is_double_byte(font.charset))
+        spaced_text(characters, spacing, start, measures, std::abs(width / measures.width(characters) - 1) < same_width);
+    else
+        text_run(characters, start);
+}
+
+void wmf_reader::spaced_text(std::string_view characters, std::span<const std::uint8_t> spacing,
+    const vPOINT& start, const wmf_text_measures& measures, bool font_fits)
+{
+    const int escapement = state_.font->escapement;
+    byte_reader distances(spacing);
     std::size_t run = 0;
     double run_at = 0;
     double meant = 0;
     double natural = 0;
-    for (std::size_t i = 0; spaced && i < characters.size(); ++i) {
-        if (std::abs(meant - natural) > largest_drift * measures.em) {
-            text_run(characters.substr(run, i - run), along_baseline(start, font.escapement, run_at));
+    for (std::size_t i = 0; i < characters.size(); ++i) {
+        const bool starts_word = i > 0 && characters[i - 1] == ' ' && characters[i] != ' ';
+        const double tolerated = !font_fits ? drift_of_character
+            : starts_word                   ? drift_of_word
+                                            : drift_of_far_character;
+        if (std::abs(meant - natural) > tolerated * measures.em) {
+            text_run(characters.substr(run, i - run), along_baseline(start, escapement, run_at));
             run = i;
             run_at = natural = meant;
         }
         meant += std::abs(state_.mapping.map_width(distances.i16le()));
         natural += measures.advance[static_cast<unsigned char>(characters[i])];
     }
-    text_run(characters.substr(run), along_baseline(start, font.escapement, run_at));
+    text_run(characters.substr(run), along_baseline(start, escapement, run_at));
 }
 
 } // namespace klv

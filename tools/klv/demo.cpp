@@ -27,10 +27,10 @@ const vCOLOUR sea(30, 110, 160);
 const vCOLOUR sky(190, 225, 245);
 const vCOLOUR leaf(60, 140, 70);
 
-vLINESPEC line(vLINETYPE type, const vCOLOUR& colour, int width, int start_arrow = vLINESPEC::no_arrow,
-    int end_arrow = vLINESPEC::no_arrow)
+vLINESPEC line(vLINETYPE type, const vCOLOUR& colour, int width)
 {
-    return vLINESPEC(type, colour, width, vCORNER_ROUND, vDASH_ROUND, nullptr, start_arrow, end_arrow);
+    return vLINESPEC(type, colour, width, vCORNER_ROUND, vDASH_ROUND, nullptr, vLINESPEC::no_arrow,
+        vLINESPEC::no_arrow);
 }
 
 vFILLSPEC fill(vFILLTYPE type, const vCOLOUR& from, const vCOLOUR& to, short angle = 0)
@@ -77,8 +77,7 @@ void draw_lines(vMETAFILE& picture, int left, int top)
     constexpr int step = 700;
     int y = top;
     for (std::size_t i = 0; i < types.size(); ++i, y += step) {
-        const int arrow = static_cast<int>(i) + 1;
-        picture.LineSpec(line(types[i], sea, 60 + 20 * static_cast<int>(i), vLINESPEC::no_arrow, arrow));
+        picture.LineSpec(line(types[i], sea, 60 + 20 * static_cast<int>(i)));
         picture.DrawLine(2, vPOINT(left, y), vPOINT(left + 5000, y));
     }
 }
@@ -124,7 +123,7 @@ void record_demo(vMETAFILE& picture)
     draw_wave(picture, 900, 6900);
     draw_lines(picture, 900, 8700);
     draw_shapes(picture, 7200, 8300);
-    text(picture, "lines with dashes and arrows", 900, 12900, 420, ink);
+    text(picture, "lines with round dashes", 900, 12900, 420, ink);
     text(picture, "stars, polygons and arcs: bezier shapes", 7200, 12900, 420, ink);
     text(picture, "recorded once, drawn at any size", 900, 14200, 620, red, vFONT_BOLD_ITALIC);
 

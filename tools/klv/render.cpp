@@ -122,8 +122,9 @@ std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& option
     vMETAFILE::TextReplay(vTEXTREPLAY::as_text);
     vSIZE size = output_size(picture, options);
     const vRECT page(vPOINT(0, 0), size.Width(), size.Height());
-    std::unique_ptr<oMEMDIB> out(new oMEMDIB(size.Width(), size.Height(), 24, oMODEL_RGB24, 0));
-    if (!out || !out->HasPixels())
+    std::unique_ptr<oMEMDIB> out(new oMEMDIB(0));
+    if (!out || !out->SetHeader(oDIBHEADER(size.Width(), size.Height(), options.dpi, options.dpi, oMODEL_RGB24))
+        || !out->HasPixels())
         throw failure("memory ran out");
     const int band = rows_in_band(size.Width(), size.Height(), options.antialias);
     band_surface surface(size.Width(), band, options);

@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include "filters/filter_list.h"
+#include "filters/progress.h"
+#include "platform/system/tick_count.h"
+#include "streams/memory_stream.h"
+#include "tests/filters/wmf_builder.h"
+
+namespace klv {
+namespace {
+
+
+void fill(vMEMSTREAM& stream, const std::vector<std::uint8_t>& bytes)
+{
+    stream.WritePlain(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    stream.MoveFromStart(0);
+}
+
+TEST(FilterList, ChoosesByExtensionThenByContents)
+{
+    const auto wmf = test::wmf_builder().build();
+    const std::vector<std::uint8_t> nonsense(64, 7);
+    std::vector<std::uint8_t> bmp(64, 0);
+    bmp[0] = 'B';
+    bmp[1] = 'M';
+    const struct {
+        const char* name;
+        const std::vector<std::uint8_t>* contents;
+        oFILTER_TYPE type;
+        const char* id;
+    } cases[] = {
+        {"a.wmf", &wmf, oFILTER_METAFILE, "WMF"},
+        {"a.Wmf", &wmf, oFILTER_METAFILE, "WMF"},
+        {"a.bmp", &wmf, oFILTER_METAFILE, "WMF"}, // declined by its extension's filter, claimed by contents
+        {"a.wmf", &bmp, oFILTER_BITMAP, "BMP"},
+        {"a.xyz", &bmp, oFILTER_BITMAP, "BMP"},
+        {"a.png", &nonsense, oFILTER_BITMAP, "PNG"}, // known by its extension only
+        {"a.xyz", &nonsense, oFILTER_NONE, nullptr},
+        {".WMF", &nonsense, oFILTER_METAFILE, "WMF"}, // an extension alone is taken at its word
+        {".xyz", &wmf, oFILTER_NONE, nullptr},
+    };
+    const oFILTERLIST filters;
+    for (const auto& c : cases) {
+        vMEMSTREAM stream {vSTRING(c.name)};
+        fill(stream, *c.contents);
+        oFILTER* filter = nullptr;
+        EXPECT_EQ(oFILTERLIST::GetFilter(&stream, &filter), c.type) << c.name;
+        if (c.id) {
+            ASSERT_NE(filter, nullptr) << c.name;
+            EXPECT_EQ(filter->GetID(), vSTRING(c.id)) << c.name;
+        } else {
+            EXPECT_EQ(filter, nullptr) << c.name;
+        }
+        EXPECT_EQ(stream.CurrentPos(), 0u) << c.name;
+    }
+}
+
+TEST(FilterList, LivesFromTheFirstHandleToTheLast)
+{
+    EXPECT_EQ(oFILTERLIST::GetNoItems(), 0);
+    {
+        const oFILTERLIST first;
+        const oFILTERLIST second = first;
+        EXPECT_GT(oFILTERLIST::GetNoItems(), 0);
+        EXPECT_EQ(second[0], first[0]);
+        EXPECT_EQ(first[oFILTERLIST::GetNoItems()], nullptr);
+    }
+    EXPECT_EQ(oFILTERLIST::GetNoItems(), 0);
+}
+
+TEST(Filter, OffersDepthsUpToItsOwn)
+{
+    const oFILTERLIST filters;
+    for (std::uint16_t i = 0; i < oFILTERLIST::GetNoItems(); ++i) {
+        oFILTER& filter = *filters[i];
+        EXPECT_FALSE(filter.GetDescription().Null()) << filter.GetID()();
+        EXPECT_EQ(filter.ExportColourDepths(16), 0);
+        filter.SetMaxColourDepth(8);
+        EXPECT_EQ(filter.ImportColourDepths(24), 0);
+        EXPECT_NE(filter.ImportColourDepths(8), 0);
+        EXPECT_EQ(filter.ImportColourDepths(7), 0);
+        EXPECT_EQ(filter.ExportColourDepths(8) != 0, filter.DoesExport() != 0);
+    }
+}
+
+std::uint32_t now_for_test = 0;
+DWORD test_clock() { return now_for_test; }
+
+TEST(Progress, ReportsAtMostEvery125Milliseconds)
+{
+    class recorder : public oPROGRESS {
+    public:
+        void oUpdate(std::uint32_t value) override
+        {
+            oPROGRESS::oUpdate(value);
+            reports.push_back(value);
+        }
+        std::vector<std::uint32_t> reports;
+    };
+    recorder progress;
+    set_tick_source(test_clock);
+    now_for_test = 0xFFFFFFF0; // tick counts wrap
+    progress.oStart();
+    progress.oFullScale(100);
+    progress.oIncrement(10);
+    now_for_test += 126;
+    progress.oIncrement(10);
+    progress.oIncrement(10);
+    now_for_test += 126;
+    progress.oSet(77);
+    set_tick_source(nullptr);
+    EXPECT_EQ(progress.reports, (std::vector<std::uint32_t> {20, 77}));
+    EXPECT_EQ(progress.FullScale(), 100u);
+}
+
+} // namespace
+} // namespace klv
