@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "metafiles/metafile.h"
+#include "tools/klv/render.h"
+
+namespace klv::tool {
+namespace {
+
+void make_page(vMETAFILE& picture, int width_um, int height_um)
+{
+    const vCOLOUR red(255, 0, 0);
+    picture.PhysicalExtents(width_um, height_um);
+    picture.LineSpec(vLINESPEC(vLINE_NONE, red, 0, vCORNER_ROUND, vDASH_ROUND, nullptr, -1, -1));
+    picture.FillSpec(vFILLSPEC(vFILL_SOLID, red, red, vANGLE(), vFILL_ALTERNATE, vPOINT()));
+    picture.DrawRect(vRECT(0, 0, 500, 250)); // the upper left quarter
+    picture.LogicalExtents(0, 1000, 0, 500);
+    picture.EndMetaFile();
+}
+
+TEST(Render, SizesByThePhysicalPage)
+{
+    const struct {
+        int width_um, height_um;
+        render_options options;
+        vSIZE size;
+    } cases[] = {
+        {254000, 127000, {}, {960, 480}},
+        {254000, 127000, {.dpi = 48}, {480, 240}},
+        {254000, 127000, {.width = 100}, {100, 50}},
+        {254000, 127000, {.height = 100}, {200, 100}},
+        {254000, 127000, {.width = 7, .height = 300}, {7, 300}},
+        {2540, 1270, {}, {16, 8}}, // at least 16 pixels on the longer side
+        {25400000, 2540000, {}, {4096, 410}}, // at most 4096
+        {1000000, 1, {.width = 10}, {10, 1}},
+    };
+    for (const auto& c : cases) {
+        vMETAFILE picture;
+        make_page(picture, c.width_um, c.height_um);
+        EXPECT_EQ(output_size(picture, c.options), c.size) << c.width_um << " x " << c.height_um;
+    }
+}
+
+std::array<int, 3> pixel(const oMEMDIB& bitmap, int x, int y)
+{
+    const auto line = bitmap.line(bitmap.Height() - 1 - y).subspan(3 * static_cast<std::size_t>(x));
+    return {line[2], line[1], line[0]};
+}
+
+TEST(Render, FillsItsPartOfThePageOnTheBackground)
+{
+    using rgb = std::array<int, 3>;
+    for (const int antialias : {1, 4}) {
+        vMETAFILE picture;
+        make_page(picture, 254000, 127000);
+        const auto bitmap = render(picture, {.width = 100, .antialias = antialias, .background = vCOLOUR(0, 0, 255)});
+        ASSERT_EQ(bitmap->Width(), 100);
+        ASSERT_EQ(bitmap->Height(), 50);
+        EXPECT_EQ(pixel(*bitmap, 0, 0), (rgb {255, 0, 0}));
+        EXPECT_EQ(pixel(*bitmap, 48, 23), (rgb {255, 0, 0}));
+        EXPECT_EQ(pixel(*bitmap, 52, 10), (rgb {0, 0, 255}));
+        EXPECT_EQ(pixel(*bitmap, 10, 27), (rgb {0, 0, 255}));
+        EXPECT_EQ(pixel(*bitmap, 99, 49), (rgb {0, 0, 255}));
+    }
+}
+
+// A large page is drawn in bands; nothing may show where they meet.
+TEST(Render, BandsMeetWithoutASeam)
+{
+    vMETAFILE picture;
+    const vCOLOUR grey(128, 128, 128);
+    picture.PhysicalExtents(100000, 200000);
+    picture.LineSpec(vLINESPEC(vLINE_NONE, grey, 0, vCORNER_ROUND, vDASH_ROUND, nullptr, -1, -1));
+    picture.FillSpec(vFILLSPEC(vFILL_SOLID, grey, grey, vANGLE(), vFILL_ALTERNATE, vPOINT()));
+    picture.DrawRect(vRECT(0, 0, 1000, 2000));
+    picture.LogicalExtents(0, 1000, 0, 2000);
+    picture.EndMetaFile();
+    const auto bitmap = render(picture, {.width = 600});
+    for (int y = 0; y < bitmap->Height(); ++y)
+        ASSERT_EQ(pixel(*bitmap, 300, y), (std::array<int, 3> {128, 128, 128})) << y;
+}
+
+} // namespace
+} // namespace klv::tool
