@@ -48,8 +48,9 @@ public:
         if (down >= radius_y_)
             return 0;
         const double v = (radius_y_ - down) / radius_y_;
-        return static_cast<std::int32_t>(
-            std::ceil(radius_x_ * (1 - std::sqrt(std::max(0.0, 1 - v * v))) - 0.5));
+        const double cut = radius_x_ * (1 - std::sqrt(std::max(0.0, 1 - v * v))) - 0.5;
+        const auto whole = static_cast<std::int32_t>(cut);
+        return whole + (whole < cut);
     }
 
 private:

@@ -1,5 +1,7 @@
 #include "platform/gdi/painter.h"
 
+#include "platform/gdi/pixel_fill.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -18,8 +20,19 @@ std::size_t length(const span& p) { return static_cast<std::size_t>(p.x1 - p.x0)
 template <class Pixel> void copy_wide(const surface& s, pixel_op op, std::span<const span> spans)
 {
     const auto value = static_cast<Pixel>(op.xor_bits);
-    for (const span& p : spans)
-        std::fill_n(pixels_of<Pixel>(s, p), length(p), value);
+    // Whole rows that lie one after the other in memory are one run.
+    const bool rows_touch = s.stride == static_cast<std::ptrdiff_t>(sizeof(Pixel)) * s.width;
+    const std::size_t whole_row = rows_touch ? static_cast<std::size_t>(s.width) : SIZE_MAX;
+    for (std::size_t i = 0; i < spans.size(); ++i) {
+        Pixel* const to = pixels_of<Pixel>(s, spans[i]);
+        std::size_t count = length(spans[i]);
+        if (count == whole_row)
+            for (; i + 1 < spans.size() && spans[i + 1].y == spans[i].y + 1
+                 && length(spans[i + 1]) == whole_row;
+                 ++i)
+                count += whole_row;
+        fill_pixels(to, count, value);
+    }
 }
 
 template <class Pixel> void mix_wide(const surface& s, pixel_op op, std::span<const span> spans)

@@ -18,12 +18,12 @@ constexpr std::int64_t floor_div(std::int64_t a, std::int64_t b)
     return q * b > a ? q - 1 : q;
 }
 
-/// First row whose centre is at or below y.
-constexpr std::int32_t first_row_from(fixed y)
+constexpr std::int32_t floor_pixel(fixed v)
 {
-    const fixed shifted = y + fixed_half - 1;
-    return shifted >= 0 ? shifted / fixed_one : -((fixed_one - 1 - shifted) / fixed_one);
+    return v >= 0 ? v / fixed_one : -((fixed_one - 1 - v) / fixed_one);
 }
+/// First row whose centre is at or below y.
+constexpr std::int32_t first_row_from(fixed y) { return floor_pixel(y + fixed_half - 1); }
 
 bool is_near(const POINT& p)
 {
@@ -123,24 +123,21 @@ void scan_converter::add_edge(fixed x0, fixed y0, fixed x1, fixed y1)
     if (first_row >= end_row)
         return;
 
-    const std::int32_t dx = x1 - x0;
-    const std::int32_t dy = y1 - y0;
-    const std::int32_t denominator = dy * fixed_one;
-    // Rounding up to a pixel centre: the smallest x with 16 x + 8 >= x0 + dx * down / dy.
+    // Slope and position are rounded down, never up: where the edge meets a pixel centre exactly, that
+    // centre stays inside.
+    constexpr std::int64_t one = std::int64_t{1} << 32;
+    const std::int64_t step = floor_div(std::int64_t{x1 - x0} * one, y1 - y0);
     const std::int64_t down = std::int64_t{first_row} * fixed_one + fixed_half - y0;
-    const std::int64_t numerator = (std::int64_t{x0} + fixed_half) * dy + dx * down - 1;
-    const std::int64_t x = floor_div(numerator, denominator);
-    const auto step = static_cast<std::int32_t>(floor_div(dx, dy));
-    edges_.push_back(
-        {static_cast<std::int32_t>(x), step, static_cast<std::int32_t>(numerator - x * denominator),
-            (dx - step * dy) * fixed_one, denominator, first_row, end_row, winding});
+    const std::int64_t x = x0 * (one / fixed_one) + (down * step >> 4);
+    static_assert(fixed_one == 1 << 4);
+    edges_.push_back({{x + one / 2 - 1, step, end_row, winding}, first_row});
 }
 
 void scan_converter::sort_edges()
 {
     if (edges_.size() <= few_edges) {
         for (std::size_t i = 1; i < edges_.size(); ++i) {
-            const edge e = edges_[i];
+            const starting_edge e = edges_[i];
             std::size_t at = i;
             for (; at != 0 && edges_[at - 1].first_row > e.first_row; --at)
                 edges_[at] = edges_[at - 1];
@@ -148,7 +145,8 @@ void scan_converter::sort_edges()
         }
         return;
     }
-    const auto by_row = [](const edge& a, const edge& b) { return a.first_row < b.first_row; };
+    const auto by_row
+        = [](const starting_edge& a, const starting_edge& b) { return a.first_row < b.first_row; };
     const auto [top, bottom] = std::minmax_element(edges_.begin(), edges_.end(), by_row);
     const std::int32_t first = top->first_row;
     const auto rows = static_cast<std::size_t>(bottom->first_row - first) + 1;
@@ -158,64 +156,99 @@ void scan_converter::sort_edges()
     }
     // Counting sort by first row.
     row_starts_.assign(rows + 1, 0);
-    const auto row_of = [&](const edge& e) { return static_cast<std::size_t>(e.first_row - first); };
-    for (const edge& e : edges_)
+    const auto row_of = [&](const starting_edge& e) { return static_cast<std::size_t>(e.first_row - first); };
+    for (const starting_edge& e : edges_)
         ++row_starts_[row_of(e) + 1];
     for (std::size_t i = 1; i < row_starts_.size(); ++i)
         row_starts_[i] += row_starts_[i - 1];
     sorted_.resize(edges_.size());
-    for (const edge& e : edges_)
+    for (const starting_edge& e : edges_)
         sorted_[row_starts_[row_of(e)]++] = e;
     edges_.swap(sorted_);
 }
 
-void scan_converter::activate(const edge& e)
+// Takes up edges_[first, end), which start in one row.
+void scan_converter::activate(std::size_t first, std::size_t end)
 {
-    std::size_t at = active_.size();
-    active_.push_back(e);
-    for (; at != 0 && active_[at - 1].x > e.x; --at)
-        active_[at] = active_[at - 1];
-    active_[at] = e;
+    const auto by_x = [](const edge& a, const edge& b) { return a.x < b.x; };
+    const auto begin = edges_.begin();
+    std::sort(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(end), by_x);
+    merge({edges_.data() + first, end - first});
 }
 
-// Drops the edges that end, steps the others, and restores the order, all in one pass: from row to row it
-// changes little.
+// From the back, so that every edge moves once.
+void scan_converter::merge(std::span<const starting_edge> starting)
+{
+    std::size_t old = active_.size();
+    active_.resize(old + starting.size());
+    std::size_t to = active_.size();
+    for (std::size_t n = starting.size(); n != 0;) {
+        if (old != 0 && active_[old - 1].x > starting[n - 1].x)
+            active_[--to] = active_[--old];
+        else
+            active_[--to] = starting[--n];
+    }
+}
+
+// Drops the edges that end, steps the others, and restores the order, all in one pass. From row to row the
+// order changes little, and insertion restores it in passing; where many edges cross at once that would be
+// slow, so its moves are counted.
 void scan_converter::step_active(std::int32_t next_row)
 {
+    edge* const active = active_.data();
+    const std::size_t count = active_.size();
+    std::size_t moves_left = 4 * count;
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < active_.size(); ++i) {
-        if (active_[i].end_row == next_row)
+    std::int64_t rightmost = INT64_MIN;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (active[i].end_row == next_row)
             continue;
-        edge e = active_[i];
-        e.advance();
-        std::size_t at = kept++;
-        for (; at != 0 && active_[at - 1].x > e.x; --at)
-            active_[at] = active_[at - 1];
-        active_[at] = e;
+        if (kept != i)
+            active[kept] = active[i];
+        const std::int64_t x = active[kept].x += active[kept].step;
+        if (x >= rightmost) {
+            rightmost = x;
+        } else if (moves_left != 0) {
+            const edge passed = active[kept];
+            std::size_t at = kept;
+            for (; at != 0 && active[at - 1].x > x; --at)
+                active[at] = active[at - 1];
+            active[at] = passed;
+            moves_left -= std::min(moves_left, kept - at);
+        }
+        ++kept;
     }
     active_.resize(kept);
+    if (moves_left == 0)
+        std::sort(active_.begin(), active_.end(), [](const edge& a, const edge& b) { return a.x < b.x; });
 }
 
 template <fill_rule Rule> void scan_converter::emit_row(std::int32_t y, span_batch& out) const
 {
-    const auto add = [&](std::int32_t x0, std::int32_t x1) {
-        x0 = std::max(x0, clip_.x1);
-        x1 = std::min(x1, clip_.x2);
-        if (x0 < x1)
-            out.add(y, x0, x1);
-    };
+    const edge* const active = active_.data();
+    const auto clipped
+        = [left = clip_.x1, right = clip_.x2](const edge& e) { return std::clamp(e.pixel(), left, right); };
     if constexpr (Rule == fill_rule::even_odd) {
-        for (std::size_t i = 0; i + 1 < active_.size(); i += 2)
-            add(active_[i].x, active_[i + 1].x);
+        const std::size_t runs = active_.size() / 2;
+        if (active_.front().pixel() >= clip_.x1 && active_.back().pixel() <= clip_.x2)
+            out.add_row(y, runs, [active](std::size_t i, std::int32_t& x0, std::int32_t& x1) {
+                x0 = active[2 * i].pixel();
+                x1 = active[2 * i + 1].pixel();
+            });
+        else
+            out.add_row(y, runs, [&](std::size_t i, std::int32_t& x0, std::int32_t& x1) {
+                x0 = clipped(active[2 * i]);
+                x1 = clipped(active[2 * i + 1]);
+            });
     } else {
         std::int32_t winding = 0;
         std::int32_t start = 0;
         for (const edge& e : active_) {
             if (winding == 0)
-                start = e.x;
+                start = clipped(e);
             winding += e.winding;
-            if (winding == 0)
-                add(start, e.x);
+            if (winding == 0 && start < clipped(e))
+                out.add(y, start, clipped(e));
         }
     }
 }
@@ -226,17 +259,19 @@ void scan_converter::fill_between(std::int32_t y, std::int32_t end_row, span_bat
     edge left = active_[0];
     edge right = active_[1];
     for (; y < end_row; ++y) {
-        const std::int32_t x0 = std::max(std::min(left.x, right.x), clip_.x1);
-        const std::int32_t x1 = std::min(std::max(left.x, right.x), clip_.x2);
+        const std::int32_t x0 = std::max(std::min(left.pixel(), right.pixel()), clip_.x1);
+        const std::int32_t x1 = std::min(std::max(left.pixel(), right.pixel()), clip_.x2);
         if (x0 < x1)
             out.add(y, x0, x1);
-        left.advance();
-        right.advance();
+        left.x += left.step;
+        right.x += right.step;
     }
+    if (left.x > right.x)
+        std::swap(left, right);
     active_.clear();
     for (const edge& e : {left, right})
         if (e.end_row > end_row)
-            activate(e);
+            active_.push_back(e);
 }
 
 template <fill_rule Rule> void scan_converter::run_rows(span_batch& out)
@@ -247,8 +282,11 @@ template <fill_rule Rule> void scan_converter::run_rows(span_batch& out)
     while (next < edges_.size() || !active_.empty()) {
         if (active_.empty())
             y = edges_[next].first_row;
-        for (; next < edges_.size() && edges_[next].first_row == y; ++next)
-            activate(edges_[next]);
+        if (const std::size_t first = next; next < edges_.size() && edges_[next].first_row == y) {
+            while (next < edges_.size() && edges_[next].first_row == y)
+                ++next;
+            activate(first, next);
+        }
         if (active_.size() == 2) {
             const std::int32_t next_start = next < edges_.size() ? edges_[next].first_row : clip_.y2;
             const std::int32_t end_row = std::min({active_[0].end_row, active_[1].end_row, next_start});

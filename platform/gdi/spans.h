@@ -2,6 +2,7 @@
 
 #include "platform/gdi/region.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -42,6 +43,30 @@ public:
         if (used_ == spans_.size())
             flush();
         spans_[used_++] = {y, x0, x1};
+    }
+    /// Adds count runs of one row, from left to right; run(i, x0, x1) gives the ends of each, which may be
+    /// equal. There are no branches to guess wrong: every run is written, and the next one overwrites it
+    /// when it was empty or joins it when they touch.
+    template <class Run> void add_row(std::int32_t y, std::size_t count, Run run)
+    {
+        for (std::size_t i = 0; i < count;) {
+            if (used_ == spans_.size())
+                flush();
+            const std::size_t end = i + std::min(count - i, spans_.size() - used_);
+            std::size_t at = used_;
+            span last{y, 0, 0};
+            for (; i < end; ++i) {
+                std::int32_t x0 = 0;
+                std::int32_t x1 = 0;
+                run(i, x0, x1);
+                const bool touches = x0 == last.x1;
+                at += (last.x0 != last.x1) & !touches;
+                last.x0 = touches ? last.x0 : x0;
+                last.x1 = x1;
+                spans_[at] = last;
+            }
+            used_ = at + (last.x0 != last.x1);
+        }
     }
     void flush()
     {
