@@ -38,5 +38,5 @@ directory=$1
 measure "klv, aliased" "$klv" convert FILE "$out/a.png" --width 1000 --antialias 1
 measure "klv, anti-aliased" "$klv" convert FILE "$out/a.png" --width 1000
 if command -v wmf2gd >/dev/null; then
-    measure "wmf2gd" wmf2gd -t png --maxwidth=1000 --maxheight=1000 -o "$out/b.png" FILE
+    measure "wmf2gd" wmf2gd -t png --maxpect --maxwidth=1000 --maxheight=1000 -o "$out/b.png" FILE
 fi

@@ -36,16 +36,24 @@ void wmf_to_picture(benchmark::State& state, oREADING_LEVEL level)
         filter.ReadingLevel(level);
         benchmark::DoNotOptimize(filter.Convert(stream, &picture));
     }
-    state.counters["records/s"]
-        = benchmark::Counter(static_cast<double>(state.range(0) * static_cast<std::int64_t>(state.iterations())),
-            benchmark::Counter::kIsRate);
+    state.counters["records/s"] = benchmark::Counter(
+        static_cast<double>(state.range(0) * static_cast<std::int64_t>(state.iterations())),
+        benchmark::Counter::kIsRate);
     state.SetComplexityN(state.range(0));
 }
 
 BENCHMARK_CAPTURE(wmf_to_picture, documented, oREADING_LEVEL::documented)
-    ->Arg(7000)->Arg(70000)->Arg(700000)->Complexity()->Unit(benchmark::kMillisecond);
+    ->Arg(7000)
+    ->Arg(70000)
+    ->Arg(700000)
+    ->Complexity()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(wmf_to_picture, faithful, oREADING_LEVEL::faithful)
-    ->Arg(7000)->Arg(70000)->Arg(700000)->Complexity()->Unit(benchmark::kMillisecond);
+    ->Arg(7000)
+    ->Arg(70000)
+    ->Arg(700000)
+    ->Complexity()
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace klv

@@ -30,7 +30,9 @@ constexpr int longest_segment = 450;
 constexpr double largest_radius = 2000;
 
 // tan((k + 0.5) degrees) * 1024 for k = 0 to 44; 1024 ends the table.
-constexpr std::array<int, 46> tangents {9, 27, 45, 63, 81, 99, 117, 135, 153, 171, 190, 208, 227, 246, 265, 284, 303, 323, 343, 363, 383, 403, 424, 445, 467, 488, 511, 533, 556, 579, 603, 628, 652, 678, 704, 730, 758, 786, 815, 844, 875, 906, 938, 972, 1006, 1024};
+constexpr std::array<int, 46> tangents{9, 27, 45, 63, 81, 99, 117, 135, 153, 171, 190, 208, 227, 246, 265,
+    284, 303, 323, 343, 363, 383, 403, 424, 445, 467, 488, 511, 533, 556, 579, 603, 628, 652, 678, 704, 730,
+    758, 786, 815, 844, 875, 906, 938, 972, 1006, 1024};
 
 // Whole degrees of the direction (x, y) where 0 <= y <= x.
 int q_atan(std::int64_t x, std::int64_t y)
@@ -49,10 +51,7 @@ struct vector2 {
 double cross(const vector2& a, const vector2& b) { return a.x * b.y - a.y * b.x; }
 vector2 to_vector(const vPOINT& p) { return {static_cast<double>(p.x), static_cast<double>(p.y)}; }
 
-int to_int(double v)
-{
-    return static_cast<int>(std::clamp(v, -2147483648.0, 2147483647.0));
-}
+int to_int(double v) { return static_cast<int>(std::clamp(v, -2147483648.0, 2147483647.0)); }
 
 // The map between an ellipse with two conjugate radii and a circle about the origin.
 class circle_map {
@@ -129,9 +128,12 @@ void append(vSHAPE& shape, const vPOINT& p, std::uint8_t flags) { shape.AppendPo
 std::uint8_t final_flags(ARCCLOSURE closure)
 {
     switch (closure) {
-    case ARC_CHORD: return flag_last | flag_line_to;
-    case ARC_PIE: return flag_line_to;
-    default: return flag_last;
+    case ARC_CHORD:
+        return flag_last | flag_line_to;
+    case ARC_PIE:
+        return flag_line_to;
+    default:
+        return flag_last;
     }
 }
 
@@ -151,8 +153,8 @@ void append_segment(vSHAPE& shape, const circle_map& map, int from, int to)
 
 int iatan2(int y, int x)
 {
-    const std::int64_t a = std::abs(std::int64_t {y});
-    const std::int64_t b = std::abs(std::int64_t {x});
+    const std::int64_t a = std::abs(std::int64_t{y});
+    const std::int64_t b = std::abs(std::int64_t{x});
     int degrees = b > a ? q_atan(b, a) : 90 - q_atan(a, b);
     if (x < 0)
         degrees = 180 - degrees;

@@ -31,14 +31,22 @@ const char* describe(oFILTER_STATUS status) noexcept
 {
     switch (status) {
     case oFILTER_OK:
-    case oFILTER_RECOGNISED: return "done";
-    case oFILTER_FAILED: return "the file is damaged or not of its format";
-    case oFILTER_NO_MEMORY: return "memory ran out";
-    case oFILTER_BAD_DATA: return "the file holds values that the format does not have";
-    case oFILTER_READ_ERROR: return "the file ends early or can't be read";
-    case oFILTER_UNSUPPORTED: return "this variant of the format is not handled";
-    case oFILTER_WRITE_ERROR: return "the output could not be written in full";
-    case oFILTER_CANCELLED: return "cancelled";
+    case oFILTER_RECOGNISED:
+        return "done";
+    case oFILTER_FAILED:
+        return "the file is damaged or not of its format";
+    case oFILTER_NO_MEMORY:
+        return "memory ran out";
+    case oFILTER_BAD_DATA:
+        return "the file holds values that the format does not have";
+    case oFILTER_READ_ERROR:
+        return "the file ends early or can't be read";
+    case oFILTER_UNSUPPORTED:
+        return "this variant of the format is not handled";
+    case oFILTER_WRITE_ERROR:
+        return "the output could not be written in full";
+    case oFILTER_CANCELLED:
+        return "cancelled";
     }
     return "unknown failure";
 }

@@ -35,7 +35,10 @@ enum oFILTER_TYPE : int {
 /// Root of what a filter list manages.
 class oFILTER_MAN_OBJECT : public vOBJECT {
 public:
-    explicit oFILTER_MAN_OBJECT(int release) : release_(release) { }
+    explicit oFILTER_MAN_OBJECT(int release)
+        : release_(release)
+    {
+    }
     virtual ~oFILTER_MAN_OBJECT() = default;
     virtual oFILTER_TYPE Type() const { return oFILTER_NONE; }
     int Release() const { return release_; }
@@ -47,7 +50,10 @@ private:
 /// Reads one foreign file format into the library's own objects, and for some formats writes it.
 class oFILTER : public oFILTER_MAN_OBJECT {
 public:
-    oFILTER() : oFILTER_MAN_OBJECT(1) { }
+    oFILTER()
+        : oFILTER_MAN_OBJECT(1)
+    {
+    }
 
     /// Recognises the format. oFILTER_FAILED is "not mine"; every other answer is "mine".
     virtual oFILTER_STATUS CheckStream(vARCHIVE& in);

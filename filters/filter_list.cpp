@@ -74,7 +74,8 @@ template <typename Accepts> oFILTER* find_filter(Accepts accepts)
 
 oFILTER* recognise(vSTREAM& stream)
 {
-    oFILTER* const by_name = find_filter([&](oFILTER& filter) { return filter.CheckExtension(&stream) != 0; });
+    oFILTER* const by_name
+        = find_filter([&](oFILTER& filter) { return filter.CheckExtension(&stream) != 0; });
     const auto name = stream.Name().View();
     if (!name.empty() && name.front() == '.')
         return by_name;
@@ -119,7 +120,7 @@ oFILTER_TYPE oFILTERLIST::GetFilter(vSTREAM* stream, oFILTER** filter)
 std::uint16_t oFILTERLIST::GetNoItems()
 {
     const auto* list = oFILTERLISTINSTANCE::instance;
-    return list ? list->count() : std::uint16_t {0};
+    return list ? list->count() : std::uint16_t{0};
 }
 
 oFILTER* oFILTERLIST::operator[](std::uint16_t i) const

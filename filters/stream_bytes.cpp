@@ -10,7 +10,7 @@ namespace klv {
 namespace {
 // A size that a stream only claims to have costs no more than one chunk beyond what it holds.
 constexpr std::uint32_t first_chunk = 1 << 16;
-}
+} // namespace
 
 stream_bytes::stream_bytes(vSTREAM& stream) noexcept
 {
@@ -24,7 +24,7 @@ stream_bytes::stream_bytes(vSTREAM& stream) noexcept
     std::uint32_t chunk = first_chunk;
     for (std::uint32_t got = 0; got < wanted;) {
         const std::uint32_t next = std::min(chunk, wanted - got);
-        if (!buffer_.resize_uninitialized(std::size_t {got} + next)) {
+        if (!buffer_.resize_uninitialized(std::size_t{got} + next)) {
             complete_ = false;
             break;
         }

@@ -11,18 +11,12 @@
 
 namespace klv {
 
-/// Where a bitmap goes, and which part of it, in the file's units. A negative size mirrors.
+/// Where a bitmap goes and which part of it, in the file's units.
 struct wmf_reader::blit {
     wmf_rop rop = wmf_rop::source_copy;
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-    int source_x = 0;
-    int source_y = 0;
-    int source_width = 0;
-    int source_height = 0;
-    bool source_from_top = false; ///< source_y counts from the top row, as bit blits have it
+    wmf_area source;
+    wmf_area target;
+    bool source_from_top = false; ///< source.y counts from the top row, as bit blits have it
 };
 
 namespace {
@@ -31,6 +25,20 @@ namespace {
 bool has_bitmap(const wmf_record& record)
 {
     return record.words != (static_cast<std::uint32_t>(record.function) >> 8) + 3;
+}
+
+// The source area in the bitmap's own rows, which are stored bottom row first. One that does not lie in the
+// bitmap means all of it.
+vRECT named_part(const oMEMDIB& bitmap, const wmf_area& source, bool from_top)
+{
+    const int width = std::abs(source.width);
+    const int height = std::abs(source.height);
+    const bool inside = width > 0 && height > 0 && source.x >= 0 && source.y >= 0
+        && source.x + width <= bitmap.Width() && source.y + height <= bitmap.Height();
+    if (!inside)
+        return vRECT(0, 0, bitmap.Width(), bitmap.Height());
+    const int first = from_top ? bitmap.Height() - source.y - height : source.y;
+    return vRECT(vPOINT(source.x, first), width, height);
 }
 
 // The part of the bitmap that the record names, mirrored where it says so; the bitmap itself when it is all
@@ -80,90 +88,84 @@ std::unique_ptr<oMEMDIB> part_of(std::unique_ptr<oMEMDIB> bitmap, const vRECT& p
 
 bool wmf_reader::handle_bitmap(const wmf_record& record, byte_reader& in)
 {
-    switch (record.function) {
-    case wmf_function::stretch_dib: stretch_dib(in); return true;
-    case wmf_function::dib_stretch_blt:
-        if (faithful_ && !has_bitmap(record))
-            bit_blt(record, in, false);
-        else
-            dib_stretch_blt(in);
+    if (record.function == wmf_function::stretch_dib) {
+        stretch_dib(in);
         return true;
+    }
+    if (record.function == wmf_function::dib_stretch_blt && (has_bitmap(record) || !faithful_)) {
+        dib_stretch_blt(in);
+        return true;
+    }
+    return faithful_ && handle_faithful_bitmap(record, in);
+}
+
+bool wmf_reader::handle_faithful_bitmap(const wmf_record& record, byte_reader& in)
+{
+    switch (record.function) {
     case wmf_function::dib_bit_blt:
     case wmf_function::bit_blt:
-        if (faithful_)
-            bit_blt(record, in, record.function == wmf_function::bit_blt);
-        return faithful_;
     case wmf_function::stretch_blt:
-        if (faithful_ && has_bitmap(record))
+    case wmf_function::dib_stretch_blt:
+        if (!has_bitmap(record))
+            blit_without_bitmap(record, in);
+        else if (record.function == wmf_function::stretch_blt)
             stretch_blt(in);
-        return faithful_;
+        else
+            bit_blt(in, record.function == wmf_function::bit_blt);
+        return true;
     case wmf_function::set_dib_to_dev:
-        if (faithful_)
-            set_dib_to_device(in);
-        return faithful_;
-    default: return false;
+        set_dib_to_device(in);
+        return true;
+    default:
+        return false;
     }
 }
 
 void wmf_reader::stretch_dib(byte_reader& in)
 {
     wmf_stretch_dib r;
-    if (!wmf_read(in, r))
-        return;
-    draw_bitmap(read_wmf_dib(in.rest(), faithful_, palette_, r.colour_usage),
-        {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
-            .source_x = r.source_x, .source_y = r.source_y, .source_width = r.source_width,
-            .source_height = r.source_height});
+    if (wmf_read(in, r))
+        draw_bitmap(read_wmf_dib(in.rest(), faithful_, palette_, r.colour_usage),
+            {static_cast<wmf_rop>(r.rop), r.source, r.target, false});
 }
 
 void wmf_reader::dib_stretch_blt(byte_reader& in)
 {
     wmf_stretch_blt r;
-    if (!wmf_read(in, r))
-        return;
-    draw_bitmap(read_wmf_dib(in.rest(), faithful_, palette_),
-        {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
-            .source_x = r.source_x, .source_y = r.source_y, .source_width = r.source_width,
-            .source_height = r.source_height, .source_from_top = true});
-}
-
-void wmf_reader::bit_blt(const wmf_record& record, byte_reader& in, bool device_dependent)
-{
-    if (!has_bitmap(record)) {
-        // A pattern blit under another name: operation, source position, an unused word, size, position.
-        const std::size_t source_words = record.function == wmf_function::dib_stretch_blt ? 4 : 2;
-        wmf_pat_blt pattern;
-        pattern.rop = in.u32le();
-        in.skip(2 * source_words + 2);
-        pattern.height = in.i16le();
-        pattern.width = in.i16le();
-        pattern.y = in.i16le();
-        pattern.x = in.i16le();
-        blits_.flush(picture_);
-        if (in.ok())
-            pattern_blit(pattern);
-        return;
-    }
-    wmf_bit_blt r;
-    if (!wmf_read(in, r))
-        return;
-    auto bitmap = device_dependent ? read_wmf_bitmap16(in, state_.text_colour, state_.background)
-                                   : read_wmf_dib(in.rest(), true, palette_);
-    draw_bitmap(std::move(bitmap),
-        {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
-            .source_x = r.source_x, .source_y = r.source_y, .source_width = r.width, .source_height = r.height,
-            .source_from_top = true});
+    if (wmf_read(in, r))
+        draw_bitmap(read_wmf_dib(in.rest(), faithful_, palette_),
+            {static_cast<wmf_rop>(r.rop), r.source, r.target, true});
 }
 
 void wmf_reader::stretch_blt(byte_reader& in)
 {
     wmf_stretch_blt r;
+    if (wmf_read(in, r))
+        draw_bitmap(read_wmf_bitmap16(in, state_.text_colour, state_.background),
+            {static_cast<wmf_rop>(r.rop), r.source, r.target, true});
+}
+
+// A blit without a bitmap is a pattern blit under another name: operation, source, an unused word, target.
+void wmf_reader::blit_without_bitmap(const wmf_record& record, byte_reader& in)
+{
+    const std::size_t source_words = record.function == wmf_function::dib_stretch_blt ? 4 : 2;
+    wmf_pat_blt pattern;
+    pattern.rop = in.u32le();
+    in.skip(2 * source_words + 2);
+    blits_.flush(picture_);
+    if (wmf_read(in, pattern.target))
+        pattern_blit(pattern);
+}
+
+void wmf_reader::bit_blt(byte_reader& in, bool device_dependent)
+{
+    wmf_bit_blt r;
     if (!wmf_read(in, r))
         return;
-    draw_bitmap(read_wmf_bitmap16(in, state_.text_colour, state_.background),
-        {.rop = static_cast<wmf_rop>(r.rop), .x = r.x, .y = r.y, .width = r.width, .height = r.height,
-            .source_x = r.source_x, .source_y = r.source_y, .source_width = r.source_width,
-            .source_height = r.source_height, .source_from_top = true});
+    auto bitmap = device_dependent ? read_wmf_bitmap16(in, state_.text_colour, state_.background)
+                                   : read_wmf_dib(in.rest(), true, palette_);
+    const wmf_area source{r.target.height, r.target.width, r.source.y, r.source.x};
+    draw_bitmap(std::move(bitmap), {static_cast<wmf_rop>(r.rop), source, r.target, true});
 }
 
 void wmf_reader::set_dib_to_device(byte_reader& in)
@@ -171,9 +173,9 @@ void wmf_reader::set_dib_to_device(byte_reader& in)
     wmf_set_dib_to_dev r;
     if (!wmf_read(in, r))
         return;
+    const wmf_area source{r.target.height, r.target.width, r.source.y, r.source.x};
     draw_bitmap(read_wmf_dib(in.rest(), true, palette_, r.colour_usage),
-        {.x = r.x, .y = r.y, .width = r.width, .height = r.height, .source_x = r.source_x,
-            .source_y = r.source_y, .source_width = r.width, .source_height = r.height});
+        {wmf_rop::source_copy, source, r.target, false});
 }
 
 void wmf_reader::draw_bitmap(std::unique_ptr<oMEMDIB> bitmap, const blit& where)
@@ -181,35 +183,25 @@ void wmf_reader::draw_bitmap(std::unique_ptr<oMEMDIB> bitmap, const blit& where)
     if (!bitmap)
         return;
     record_clip();
+    const wmf_area& to = where.target;
     if (transparent_bitmap_.collecting()) {
-        transparent_bitmap_.add_piece(*bitmap, where.x, where.y, where.height);
+        transparent_bitmap_.add_piece(*bitmap, to.x, to.y, to.height);
         return;
     }
-    vRECT target(map(where.x, where.y), map(where.x + where.width, where.y + where.height));
+    const vRECT target(map(to.x, to.y), map(to.x + to.width, to.y + to.height));
     if (!faithful_) {
         const vRECT source(0, 0, bitmap->Width(), bitmap->Height());
-        oDIBCONTEXT context(bitmap->Width(), bitmap->Height(), &target, &source, nullptr, nullptr, nullptr, 0.0,
-            0, 0, 0, 0);
+        oDIBCONTEXT context(
+            bitmap->Width(), bitmap->Height(), &target, &source, nullptr, nullptr, nullptr, 0.0, 0, 0, 0, 0);
         picture_.DrawDIB(*bitmap, context, nullptr, 0);
         return;
     }
-
-    const int width = bitmap->Width();
-    const int height = bitmap->Height();
-    const int part_width = std::abs(where.source_width);
-    const int part_height = std::abs(where.source_height);
-    vRECT part(0, 0, width, height);
-    // A part that does not lie in the bitmap means all of it.
-    if (part_width > 0 && part_height > 0 && where.source_x >= 0 && where.source_y >= 0
-        && where.source_x + part_width <= width && where.source_y + part_height <= height) {
-        const int top = where.source_from_top ? height - where.source_y - part_height : where.source_y;
-        part = vRECT(vPOINT(where.source_x, top), part_width, part_height);
-    }
-    const bool flip_h = (target.Width() < 0) != (where.source_width < 0);
-    const bool flip_v = (target.Height() < 0) != (where.source_height < 0);
-    target = vRECT(std::min(target.Left(), target.Right()), std::min(target.Top(), target.Bottom()),
+    const vRECT part = named_part(*bitmap, where.source, where.source_from_top);
+    const bool flip_h = (target.Width() < 0) != (where.source.width < 0);
+    const bool flip_v = (target.Height() < 0) != (where.source.height < 0);
+    const vRECT ordered(std::min(target.Left(), target.Right()), std::min(target.Top(), target.Bottom()),
         std::max(target.Left(), target.Right()), std::max(target.Top(), target.Bottom()));
-    blits_.draw(picture_, part_of(std::move(bitmap), part, flip_h, flip_v), target, where.rop);
+    blits_.draw(picture_, part_of(std::move(bitmap), part, flip_h, flip_v), ordered, where.rop);
 }
 
 } // namespace klv

@@ -99,8 +99,8 @@ palette_layout palette_layout_of(std::span<const std::uint8_t> packed)
 {
     byte_reader in(packed);
     in.skip(4);
-    const auto width = static_cast<std::uint32_t>(std::abs(std::int64_t {in.i32le()}));
-    const auto height = static_cast<std::uint32_t>(std::abs(std::int64_t {in.i32le()}));
+    const auto width = static_cast<std::uint32_t>(std::abs(std::int64_t{in.i32le()}));
+    const auto height = static_cast<std::uint32_t>(std::abs(std::int64_t{in.i32le()}));
     in.skip(2);
     palette_layout layout;
     layout.bits = in.u16le();
@@ -126,7 +126,8 @@ colour_table table_kind(std::span<const std::uint8_t> packed, std::uint16_t colo
 }
 
 // The bitmap with the colours of a palette as its colour table.
-bytes_buffer with_palette(std::span<const std::uint8_t> packed, std::span<const RGBQUAD> palette, colour_table kind)
+bytes_buffer with_palette(
+    std::span<const std::uint8_t> packed, std::span<const RGBQUAD> palette, colour_table kind)
 {
     const auto layout = palette_layout_of(packed);
     bytes_buffer out(packed.begin(), packed.begin() + info_header_size);
@@ -134,7 +135,7 @@ bytes_buffer with_palette(std::span<const std::uint8_t> packed, std::span<const 
     byte_reader in(packed.subspan(info_header_size));
     for (std::uint32_t i = 0; i < layout.colours; ++i) {
         const std::size_t index = kind == colour_table::indices ? in.u16le() : i;
-        const RGBQUAD colour = index < palette.size() ? palette[index] : RGBQUAD {};
+        const RGBQUAD colour = index < palette.size() ? palette[index] : RGBQUAD{};
         out.insert(out.end(), {colour.rgbBlue, colour.rgbGreen, colour.rgbRed, 0});
     }
     const auto rows = in.rest();
@@ -170,7 +171,8 @@ bool is_comment(std::span<const std::uint8_t> comment, std::size_t size, std::st
         && comment[text.size()] == 0;
 }
 
-std::uint8_t index_of_transparent(std::span<const RGBQUAD> palette, std::uint32_t colour, std::int32_t threshold)
+std::uint8_t index_of_transparent(
+    std::span<const RGBQUAD> palette, std::uint32_t colour, std::int32_t threshold)
 {
     const int red = static_cast<int>(colour & 0xFF);
     const int green = static_cast<int>(colour >> 8 & 0xFF);
@@ -199,7 +201,8 @@ std::unique_ptr<oMEMDIB> read_wmf_dib(std::span<const std::uint8_t> packed, bool
         return nullptr;
     if (header_size == info_header_size) {
         const auto kind = palette ? table_kind(packed, colour_usage) : colour_table::colours;
-        return kind == colour_table::colours ? dib_from(packed) : dib_from(with_palette(packed, *palette, kind));
+        return kind == colour_table::colours ? dib_from(packed)
+                                             : dib_from(with_palette(packed, *palette, kind));
     }
     if (!any_header)
         return nullptr;
@@ -239,7 +242,7 @@ std::unique_ptr<oSTREAMDIB> read_wmf_pattern(byte_reader& in, std::uint16_t colo
     if (colours_used != 0 && colours_used < colours)
         colours = colours_used;
     if (colour_usage == 0 && colours != 0) {
-        std::array<RGBQUAD, 256> table {};
+        std::array<RGBQUAD, 256> table{};
         for (std::uint32_t i = 0; i < colours; ++i) {
             const auto bgr = header.bytes(4);
             if (bgr.size() == 4)
@@ -275,10 +278,10 @@ std::unique_ptr<oMEMDIB> read_wmf_bitmap16(byte_reader& in, COLORREF text_colour
         return nullptr;
     if (bits == 1) {
         const auto quad = [](COLORREF c) {
-            return RGBQUAD {static_cast<std::uint8_t>(c >> 16), static_cast<std::uint8_t>(c >> 8),
+            return RGBQUAD{static_cast<std::uint8_t>(c >> 16), static_cast<std::uint8_t>(c >> 8),
                 static_cast<std::uint8_t>(c), 0};
         };
-        const std::array<RGBQUAD, 2> table {quad(text_colour), quad(background)};
+        const std::array<RGBQUAD, 2> table{quad(text_colour), quad(background)};
         dib->SetPalette(oDIBPALETTE(table.data(), 2));
     }
     for (std::int32_t row = head.height - 1; row >= 0; --row) {
@@ -312,8 +315,8 @@ bool wmf_transparent_bitmap::start(std::span<const std::uint8_t> comment)
     destination_ = read_rect(in);
     bitmap_.reset();
     first_piece_ = true;
-    const std::int64_t width = std::int64_t {source_.Right()} - source_.Left();
-    const std::int64_t height = std::int64_t {source_.Bottom()} - source_.Top();
+    const std::int64_t width = std::int64_t{source_.Right()} - source_.Left();
+    const std::int64_t height = std::int64_t{source_.Bottom()} - source_.Top();
     const bool sized = width > 0 && height > 0 && width <= largest_bitmap && height <= largest_bitmap
         && width * height * bits / 8 <= largest_bitmap;
     if (!sized || (bits != 8 && bits != 24))
@@ -327,7 +330,7 @@ bool wmf_transparent_bitmap::start(std::span<const std::uint8_t> comment)
 
 void wmf_transparent_bitmap::fill_with_transparent_colour(const oMEMDIB& piece)
 {
-    std::array<std::uint8_t, 3> bgr {static_cast<std::uint8_t>(colour_ >> 16),
+    std::array<std::uint8_t, 3> bgr{static_cast<std::uint8_t>(colour_ >> 16),
         static_cast<std::uint8_t>(colour_ >> 8), static_cast<std::uint8_t>(colour_)};
     std::uint8_t index = 0;
     if (bitmap_->ColourDepth() == 8) {
@@ -347,7 +350,8 @@ void wmf_transparent_bitmap::fill_with_transparent_colour(const oMEMDIB& piece)
     }
 }
 
-void wmf_transparent_bitmap::add_piece(const oMEMDIB& piece, std::int32_t x, std::int32_t y, std::int32_t height)
+void wmf_transparent_bitmap::add_piece(
+    const oMEMDIB& piece, std::int32_t x, std::int32_t y, std::int32_t height)
 {
     if (first_piece_)
         fill_with_transparent_colour(piece);
@@ -356,10 +360,11 @@ void wmf_transparent_bitmap::add_piece(const oMEMDIB& piece, std::int32_t x, std
         return;
 
     // The writer gives a piece by its lower edge and a negative height; rows are stored bottom row first.
-    const std::int64_t bottom = height > 0 ? std::int64_t {y} + height : y;
-    const std::int64_t column = pixel_of(std::int64_t {x} - destination_.Left(), bitmap_->Width(), destination_.Width());
+    const std::int64_t bottom = height > 0 ? std::int64_t{y} + height : y;
+    const std::int64_t column
+        = pixel_of(std::int64_t{x} - destination_.Left(), bitmap_->Width(), destination_.Width());
     const std::int64_t row
-        = pixel_of(std::int64_t {destination_.Bottom()} - bottom, bitmap_->Height(), destination_.Height());
+        = pixel_of(std::int64_t{destination_.Bottom()} - bottom, bitmap_->Height(), destination_.Height());
     const std::int64_t pixel_bytes = bitmap_->ColourDepth() / 8;
     const std::int64_t first = std::max<std::int64_t>(0, -column);
     const std::int64_t last = std::min<std::int64_t>(piece.Width(), bitmap_->Width() - column);
@@ -384,8 +389,8 @@ bool wmf_transparent_bitmap::end(
     const vRECT target(mapping.map(destination_.Left(), destination_.Top()),
         mapping.map(destination_.Right(), destination_.Bottom()));
     const vCOLOUR transparent(static_cast<std::int32_t>(colour_ & 0xFFFFFF), 0);
-    oDIBCONTEXT context(bitmap_->Width(), bitmap_->Height(), &target, &source_, nullptr, nullptr, &transparent,
-        0.0, 0, 0, 1, threshold_);
+    oDIBCONTEXT context(bitmap_->Width(), bitmap_->Height(), &target, &source_, nullptr, nullptr,
+        &transparent, 0.0, 0, 0, 1, threshold_);
     picture.DrawDIB(*bitmap_, context, nullptr, 0);
     bitmap_.reset();
     return true;

@@ -19,9 +19,9 @@ class wmf_mapping;
 
 /// A packed bitmap of a record: header, colour table, rows.
 /// \param any_header also takes the other published headers; else only the 40-byte one.
-/// \param palette the selected palette or null. It gives the colours of a bitmap whose table holds indices into
-/// it (colour usage 1), and of one that has no room for a table.
-/// \return null when there is no bitmap that can be read.
+/// \param palette the selected palette or null. It gives the colours of a bitmap whose table holds indices
+/// into it (colour usage 1), and of one that has no room for a table. \return null when there is no bitmap
+/// that can be read.
 std::unique_ptr<oMEMDIB> read_wmf_dib(std::span<const std::uint8_t> packed, bool any_header,
     const wmf_colour_table& palette = nullptr, std::uint16_t colour_usage = 0);
 

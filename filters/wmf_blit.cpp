@@ -17,8 +17,8 @@ constexpr std::int32_t key_threshold = 1;
 void draw_bitmap(vMETAFILE& picture, const oMEMDIB& bitmap, const vRECT& target, const vCOLOUR* transparent)
 {
     const vRECT source(0, 0, bitmap.Width(), bitmap.Height());
-    oDIBCONTEXT context(bitmap.Width(), bitmap.Height(), &target, &source, nullptr, nullptr, transparent, 0.0, 0,
-        0, transparent ? 1 : 0, key_threshold);
+    oDIBCONTEXT context(bitmap.Width(), bitmap.Height(), &target, &source, nullptr, nullptr, transparent, 0.0,
+        0, 0, transparent ? 1 : 0, key_threshold);
     picture.DrawDIB(bitmap, context, nullptr, 0);
 }
 
@@ -57,7 +57,8 @@ bool wmf_blit_pairs::draws_on_pending(const oMEMDIB& bitmap, const vRECT& target
         && pending->Height() == bitmap.Height();
 }
 
-void wmf_blit_pairs::draw(vMETAFILE& picture, std::unique_ptr<oMEMDIB> bitmap, const vRECT& target, wmf_rop rop)
+void wmf_blit_pairs::draw(
+    vMETAFILE& picture, std::unique_ptr<oMEMDIB> bitmap, const vRECT& target, wmf_rop rop)
 {
     if (!draws_on_pending(*bitmap, target))
         flush(picture);
@@ -106,7 +107,7 @@ void wmf_blit_pairs::draw(vMETAFILE& picture, std::unique_ptr<oMEMDIB> bitmap, c
 // The image where the mask is not white; elsewhere a colour that the image does not need.
 void wmf_blit_pairs::draw_through_mask(vMETAFILE& picture, const oMEMDIB& image)
 {
-    constexpr std::array<std::uint8_t, 3> key {1, 254, 2};
+    constexpr std::array<std::uint8_t, 3> key{1, 254, 2};
     oMEMDIB result = in_true_colour(image);
     const oMEMDIB mask = in_true_colour(*mask_);
     if (!result.HasPixels() || !mask.HasPixels())

@@ -23,8 +23,9 @@ constexpr std::size_t most_rectangles = 4096;
 HRGN region_of(const vRECT& rect)
 {
     const auto limit = [](int v) { return std::clamp(v, -far_away, far_away); };
-    return CreateRectRgn(limit(std::min(rect.Left(), rect.Right())), limit(std::min(rect.Top(), rect.Bottom())),
-        limit(std::max(rect.Left(), rect.Right())), limit(std::max(rect.Top(), rect.Bottom())));
+    return CreateRectRgn(limit(std::min(rect.Left(), rect.Right())),
+        limit(std::min(rect.Top(), rect.Bottom())), limit(std::max(rect.Left(), rect.Right())),
+        limit(std::max(rect.Top(), rect.Bottom())));
 }
 
 void combine_with(HRGN& region, const vRECT& rect, int mode)
@@ -39,7 +40,8 @@ std::vector<RECT, vALLOCATOR<RECT>> rectangles_of(HRGN region)
     const std::uint32_t size = GetRegionData(region, 0, nullptr);
     std::vector<std::uint8_t, vALLOCATOR<std::uint8_t>> data(size);
     std::vector<RECT, vALLOCATOR<RECT>> rectangles;
-    if (size < sizeof(RGNDATAHEADER) || GetRegionData(region, size, reinterpret_cast<RGNDATA*>(data.data())) == 0)
+    if (size < sizeof(RGNDATAHEADER)
+        || GetRegionData(region, size, reinterpret_cast<RGNDATA*>(data.data())) == 0)
         return rectangles;
     const auto& head = reinterpret_cast<const RGNDATA*>(data.data())->rdh;
     const auto* first = reinterpret_cast<const RECT*>(data.data() + sizeof(RGNDATAHEADER));
@@ -53,7 +55,8 @@ vSHAPE shape_of(std::span<const RECT> rectangles)
     std::vector<vPOINT, vALLOCATOR<vPOINT>> points;
     std::vector<std::int32_t, vALLOCATOR<std::int32_t>> counts;
     const auto add = [&](const RECT& r) {
-        points.insert(points.end(), {{r.left, r.top}, {r.right, r.top}, {r.right, r.bottom}, {r.left, r.bottom}});
+        points.insert(
+            points.end(), {{r.left, r.top}, {r.right, r.top}, {r.right, r.bottom}, {r.left, r.bottom}});
         counts.push_back(4);
     };
     std::for_each(rectangles.begin(), rectangles.end(), add);

@@ -28,12 +28,18 @@ vLINETYPE line_type_of(int pen_style)
 {
     switch (pen_style) {
     case 0:
-    case 6: return vLINE_SOLID;
-    case 1: return vLINE_DASH;
-    case 2: return vLINE_DOT;
-    case 3: return vLINE_DASH_DOT;
-    case pen_style_null: return vLINE_NONE;
-    default: return vLINE_DASH_DOT_DOT;
+    case 6:
+        return vLINE_SOLID;
+    case 1:
+        return vLINE_DASH;
+    case 2:
+        return vLINE_DOT;
+    case 3:
+        return vLINE_DASH_DOT;
+    case pen_style_null:
+        return vLINE_NONE;
+    default:
+        return vLINE_DASH_DOT_DOT;
     }
 }
 
@@ -67,16 +73,24 @@ COLORREF pattern_operation(std::uint32_t rop, COLORREF pattern, COLORREF target)
 bool wmf_reader::handle_object(const wmf_record& record, byte_reader& in)
 {
     switch (record.function) {
-    case wmf_function::create_pen_indirect: create_pen(in); return true;
+    case wmf_function::create_pen_indirect:
+        create_pen(in);
+        return true;
     case wmf_function::create_brush_indirect: {
         const auto brush = read_wmf_brush(in);
         graduation_.brush_created(brush.colour);
         objects_.add(brush);
         return true;
     }
-    case wmf_function::create_font_indirect: create_font(in); return true;
-    case wmf_function::dib_create_pattern_brush: create_pattern_brush(in); return true;
-    case wmf_function::create_palette: objects_.add(read_wmf_palette(in)); return true;
+    case wmf_function::create_font_indirect:
+        create_font(in);
+        return true;
+    case wmf_function::dib_create_pattern_brush:
+        create_pattern_brush(in);
+        return true;
+    case wmf_function::create_palette:
+        objects_.add(read_wmf_palette(in));
+        return true;
     case wmf_function::select_palette:
         if (const auto* object = objects_.find(in.u16le()))
             if (const auto* palette = std::get_if<wmf_palette_object>(object))
@@ -85,13 +99,18 @@ bool wmf_reader::handle_object(const wmf_record& record, byte_reader& in)
     case wmf_function::create_pattern_brush:
     case wmf_function::create_bitmap_indirect:
     case wmf_function::create_bitmap:
-    case wmf_function::create_region: objects_.add(wmf_reserved_object()); return true;
-    case wmf_function::delete_object: objects_.remove(in.u16le()); return true;
+    case wmf_function::create_region:
+        objects_.add(wmf_reserved_object());
+        return true;
+    case wmf_function::delete_object:
+        objects_.remove(in.u16le());
+        return true;
     case wmf_function::select_object:
         if (const auto* object = objects_.find(in.u16le()))
             select(*object);
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -120,7 +139,7 @@ void wmf_reader::create_pattern_brush(byte_reader& in)
     const auto colour_usage = in.u16le();
     auto bitmap = read_wmf_pattern(in, colour_usage);
     if (bitmap)
-        objects_.add(wmf_pattern_brush_object {std::move(bitmap)});
+        objects_.add(wmf_pattern_brush_object{std::move(bitmap)});
     else if (faithful_)
         objects_.add(wmf_reserved_object());
 }
@@ -212,12 +231,24 @@ bool wmf_reader::handle_figure(const wmf_record& record, byte_reader& in)
         draw_figure([&] { picture_.DrawRoundRect(map(round.box), corner); });
         return true;
     }
-    case wmf_function::polygon: polygon(in, true); return true;
-    case wmf_function::polyline: polygon(in, false); return true;
-    case wmf_function::poly_polygon: poly_polygon(in); return true;
-    case wmf_function::arc: arc(in, ARC_OPEN); return true;
-    case wmf_function::pie: arc(in, ARC_PIE); return true;
-    case wmf_function::chord: arc(in, ARC_CHORD); return true;
+    case wmf_function::polygon:
+        polygon(in, true);
+        return true;
+    case wmf_function::polyline:
+        polygon(in, false);
+        return true;
+    case wmf_function::poly_polygon:
+        poly_polygon(in);
+        return true;
+    case wmf_function::arc:
+        arc(in, ARC_OPEN);
+        return true;
+    case wmf_function::pie:
+        arc(in, ARC_PIE);
+        return true;
+    case wmf_function::chord:
+        arc(in, ARC_CHORD);
+        return true;
     case wmf_function::pat_blt: {
         wmf_pat_blt pattern;
         if (wmf_read(in, pattern))
@@ -229,7 +260,8 @@ bool wmf_reader::handle_figure(const wmf_record& record, byte_reader& in)
             return false;
         set_pixel(in);
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -276,8 +308,11 @@ template <typename Draw> void wmf_reader::draw_figure(Draw draw)
         return;
     record_clip();
     switch (graduation_.judge(picture_.FillSpec())) {
-    case wmf_graduation::verdict::skip: return;
-    case wmf_graduation::verdict::draw: draw(); return;
+    case wmf_graduation::verdict::skip:
+        return;
+    case wmf_graduation::verdict::draw:
+        draw();
+        return;
     case wmf_graduation::verdict::draw_in_fill:
         picture_.PushFillSpec();
         picture_.FillSpec(graduation_.fill());
@@ -374,7 +409,8 @@ void wmf_reader::fill_plainly(const vRECT& rect, const vFILLSPEC& fill)
 
 void wmf_reader::pattern_blit(const wmf_pat_blt& record)
 {
-    const vRECT rect(map(record.x, record.y), map(record.x + record.width, record.y + record.height));
+    const wmf_area& to = record.target;
+    const vRECT rect(map(to.x, to.y), map(to.x + to.width, to.y + to.height));
     if (!faithful_) {
         draw_figure([&] { picture_.DrawRect(rect); });
         return;

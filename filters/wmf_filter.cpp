@@ -15,7 +15,7 @@ constexpr std::uint16_t description_resource = 33002;
 
 std::uint32_t read_u32(vSTREAM& stream)
 {
-    std::array<std::uint8_t, 4> bytes {};
+    std::array<std::uint8_t, 4> bytes{};
     stream.ReadPlain(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     return byte_reader(bytes).u32le();
 }
@@ -32,7 +32,7 @@ oFILTER_STATUS WMFFILTER::CheckStream(vARCHIVE& in)
     const bool placeable = read_u32(stream) == wmf_placeable_key;
     stream.MoveFromStart(placeable ? wmf_placeable_header_size : 0);
 
-    std::array<std::uint8_t, wmf_header_size> bytes {};
+    std::array<std::uint8_t, wmf_header_size> bytes{};
     const auto got = stream.ReadPlain(bytes.data(), wmf_header_size);
     wmf_header header;
     byte_reader reader(bytes);

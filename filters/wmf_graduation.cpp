@@ -30,10 +30,7 @@ channels channels_of(COLORREF colour)
         static_cast<int>(colour >> 16 & 0xFF)};
 }
 
-vCOLOUR colour_of(COLORREF colour)
-{
-    return vCOLOUR(static_cast<std::int32_t>(colour & 0xFFFFFF), 0);
-}
+vCOLOUR colour_of(COLORREF colour) { return vCOLOUR(static_cast<std::int32_t>(colour & 0xFFFFFF), 0); }
 
 // How the middle strip's colour lies between the first and the last one's.
 struct ramp {
@@ -94,12 +91,18 @@ vCOLOUR read_comment_colour(byte_reader& in)
 vFILLTYPE fill_type_of_comment(std::uint8_t kind)
 {
     switch (kind) {
-    case 3: return vFILL_LINEAR;
-    case 4: return vFILL_LINEAR_LOGARITHMIC;
-    case 5: return vFILL_LINEAR_TWO_WAY;
-    case 6: return vFILL_RADIAL;
-    case 7: return vFILL_RADIAL_QUADRATIC;
-    default: return vFILL_NONE;
+    case 3:
+        return vFILL_LINEAR;
+    case 4:
+        return vFILL_LINEAR_LOGARITHMIC;
+    case 5:
+        return vFILL_LINEAR_TWO_WAY;
+    case 6:
+        return vFILL_RADIAL;
+    case 7:
+        return vFILL_RADIAL_QUADRATIC;
+    default:
+        return vFILL_NONE;
     }
 }
 

@@ -41,7 +41,7 @@ private:
     short strip_angle() const;
 
     static constexpr std::size_t most_colours = 500;
-    std::array<COLORREF, most_colours> colours_ {};
+    std::array<COLORREF, most_colours> colours_{};
     std::size_t colour_count_ = 0;
     vPOINT first_point_;
     vPOINT last_point_;

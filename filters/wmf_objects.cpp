@@ -12,7 +12,7 @@ constexpr int bold_from_weight = 600;
 vSTRING read_face_name(byte_reader& in)
 {
     const auto field = in.bytes(std::min(in.left(), face_name_size));
-    std::array<char, face_name_size + 1> text {};
+    std::array<char, face_name_size + 1> text{};
     std::copy(field.begin(), field.end(), text.begin());
     return vSTRING(text.data());
 }

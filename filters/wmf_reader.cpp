@@ -31,8 +31,8 @@ constexpr int fine_extent = 16000;
 // A file of SAVEDC records alone may not cost more than this many states.
 constexpr std::size_t most_saved_states = 1000;
 
-// A clip area is recorded anew whenever it changes. Past this many rectangles in all, a file that changes it all
-// the time gets bounds, so that the picture does not grow with the square of the file.
+// A clip area is recorded anew whenever it changes. Past this many rectangles in all, a file that changes it
+// all the time gets bounds, so that the picture does not grow with the square of the file.
 constexpr std::size_t most_clip_rectangles = 250000;
 
 constexpr std::uint16_t winding_mode = 2;
@@ -104,7 +104,8 @@ bool wmf_reader::read_headers(byte_reader& in)
         extent = vPOINT(placeable.right - placeable.left, placeable.bottom - placeable.top);
         if (faithful_) {
             extent = vPOINT(std::abs(extent.x), std::abs(extent.y));
-            origin = vPOINT(std::min(placeable.left, placeable.right), std::min(placeable.top, placeable.bottom));
+            origin = vPOINT(
+                std::min(placeable.left, placeable.right), std::min(placeable.top, placeable.bottom));
         }
     }
     if (extent.x <= 0 || extent.y <= 0)
@@ -114,7 +115,7 @@ bool wmf_reader::read_headers(byte_reader& in)
 
     if (!wmf_read(in, header_) || !header_.valid())
         return false;
-    in.skip(header_.header_words * std::size_t {2} - wmf_header_size);
+    in.skip(header_.header_words * std::size_t{2} - wmf_header_size);
     return true;
 }
 
@@ -173,7 +174,7 @@ std::optional<wmf_record> wmf_reader::next_record(byte_reader& in, oFILTER_STATU
         return std::nullopt;
     }
     record.function = static_cast<wmf_function>(in.u16le());
-    record.parameters = in.bytes(record.words * std::size_t {2} - wmf_record_head_size);
+    record.parameters = in.bytes(record.words * std::size_t{2} - wmf_record_head_size);
     if (!in.ok()) {
         status = oFILTER_FAILED;
         return std::nullopt;
@@ -200,16 +201,26 @@ void wmf_reader::handle(const wmf_record& record)
 bool wmf_reader::handle_state(const wmf_record& record, byte_reader& in)
 {
     switch (record.function) {
-    case wmf_function::set_text_color: state_.text_colour = in.u32le(); return true;
-    case wmf_function::set_bk_color: state_.background = in.u32le(); return true;
-    case wmf_function::set_bk_mode: picture_.TextTransparency(in.u16le() == transparent_mode); return true;
-    case wmf_function::set_text_align: state_.text_align = in.u16le(); return true;
+    case wmf_function::set_text_color:
+        state_.text_colour = in.u32le();
+        return true;
+    case wmf_function::set_bk_color:
+        state_.background = in.u32le();
+        return true;
+    case wmf_function::set_bk_mode:
+        picture_.TextTransparency(in.u16le() == transparent_mode);
+        return true;
+    case wmf_function::set_text_align:
+        state_.text_align = in.u16le();
+        return true;
     case wmf_function::set_poly_fill_mode:
         state_.winding = in.u16le() == winding_mode;
         if (faithful_)
             select_brush();
         return true;
-    case wmf_function::set_rop2: graduation_.drawing_mode(in.u16le()); return true;
+    case wmf_function::set_rop2:
+        graduation_.drawing_mode(in.u16le());
+        return true;
     case wmf_function::set_window_org:
     case wmf_function::set_window_ext:
     case wmf_function::set_viewport_org:
@@ -217,15 +228,28 @@ bool wmf_reader::handle_state(const wmf_record& record, byte_reader& in)
     case wmf_function::offset_window_org:
     case wmf_function::offset_viewport_org:
     case wmf_function::scale_window_ext:
-    case wmf_function::scale_viewport_ext: change_mapping(record.function, in); return true;
+    case wmf_function::scale_viewport_ext:
+        change_mapping(record.function, in);
+        return true;
     case wmf_function::intersect_clip_rect:
     case wmf_function::exclude_clip_rect:
-    case wmf_function::offset_clip_rgn: change_clip(record.function, in); return true;
-    case wmf_function::select_clip_region: select_clip_region(in.u16le()); return true;
-    case wmf_function::save_dc: save_state(); return true;
-    case wmf_function::restore_dc: restore_state(in.i16le()); return true;
-    case wmf_function::escape: handle_escape(in); return true;
-    default: return false;
+    case wmf_function::offset_clip_rgn:
+        change_clip(record.function, in);
+        return true;
+    case wmf_function::select_clip_region:
+        select_clip_region(in.u16le());
+        return true;
+    case wmf_function::save_dc:
+        save_state();
+        return true;
+    case wmf_function::restore_dc:
+        restore_state(in.i16le());
+        return true;
+    case wmf_function::escape:
+        handle_escape(in);
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -237,8 +261,12 @@ void wmf_reader::change_mapping(wmf_function function, byte_reader& in)
         return vPOINT(to_word(by.x + p.x), to_word(by.y + p.y));
     };
     switch (function) {
-    case wmf_function::scale_window_ext: scale_extent(true, in); break;
-    case wmf_function::scale_viewport_ext: scale_extent(false, in); break;
+    case wmf_function::scale_window_ext:
+        scale_extent(true, in);
+        break;
+    case wmf_function::scale_viewport_ext:
+        scale_extent(false, in);
+        break;
     default: {
         const auto pair = read_pair(in);
         if (!in.ok())
@@ -260,7 +288,8 @@ void wmf_reader::change_mapping(wmf_function function, byte_reader& in)
         }
     }
     }
-    const bool rescaled = before.window_ext() != mapping.window_ext() || before.viewport_ext() != mapping.viewport_ext();
+    const bool rescaled
+        = before.window_ext() != mapping.window_ext() || before.viewport_ext() != mapping.viewport_ext();
     if (faithful_ && rescaled) {
         select_pen();
         select_font();
@@ -333,7 +362,8 @@ void wmf_reader::change_clip(wmf_function function, byte_reader& in)
         wmf_rect rect;
         if (!wmf_read(in, rect))
             return;
-        const vRECT scaled(state_.mapping.map(rect.left, rect.top), state_.mapping.map(rect.right, rect.bottom));
+        const vRECT scaled(
+            state_.mapping.map(rect.left, rect.top), state_.mapping.map(rect.right, rect.bottom));
         if (function == wmf_function::exclude_clip_rect) {
             if (faithful_)
                 state_.clip.exclude(scaled);
@@ -398,7 +428,8 @@ void wmf_reader::set_extents()
             height = std::max(height, picture_.LogicalHeight());
         }
         const int units = std::max<int>(1, placeable_->units_per_inch) * detail;
-        picture_.PhysicalExtents(MulDiv(width, micrometres_per_inch, units), MulDiv(height, micrometres_per_inch, units));
+        picture_.PhysicalExtents(
+            MulDiv(width, micrometres_per_inch, units), MulDiv(height, micrometres_per_inch, units));
         picture_.LogicalExtents(0, width, 0, height);
         return;
     }
@@ -406,7 +437,8 @@ void wmf_reader::set_extents()
         // The page takes the proportions of the window; the coordinates span what they were mapped into.
         vPOINT window(std::abs(state_.mapping.window_ext().x), std::abs(state_.mapping.window_ext().y));
         vRECT space = state_.mapping.viewport();
-        const bool drawn_size = sized_before_ || (faithful_ && !has_window_ && picture_.LogicalWidth() > 0 && picture_.LogicalHeight() > 0);
+        const bool drawn_size = sized_before_
+            || (faithful_ && !has_window_ && picture_.LogicalWidth() > 0 && picture_.LogicalHeight() > 0);
         if (drawn_size) {
             window = vPOINT(picture_.LogicalWidth(), picture_.LogicalHeight());
             space = vRECT(vPOINT(picture_.LogicalXOffset(), picture_.LogicalYOffset()), window.x, window.y);

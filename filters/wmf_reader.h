@@ -115,7 +115,9 @@ private:
     struct blit;
     void stretch_dib(byte_reader& in);
     void dib_stretch_blt(byte_reader& in);
-    void bit_blt(const wmf_record& record, byte_reader& in, bool device_dependent);
+    bool handle_faithful_bitmap(const wmf_record& record, byte_reader& in);
+    void blit_without_bitmap(const wmf_record& record, byte_reader& in);
+    void bit_blt(byte_reader& in, bool device_dependent);
     void stretch_blt(byte_reader& in);
     void set_dib_to_device(byte_reader& in);
     void draw_bitmap(std::unique_ptr<oMEMDIB> bitmap, const blit& where);

@@ -13,7 +13,8 @@ namespace {
 // Fonts are measured at this character height and scaled, so that hinting and rounding do not show.
 constexpr int measured_em = 1024;
 
-// A device realises a character height of h as h * 72 / 96 * 1.3 of its own units (see vDEVICE::ActivateFont).
+// A device realises a character height of h as h * 72 / 96 * 1.3 of its own units (see
+// vDEVICE::ActivateFont).
 constexpr double realised_part_of_height = 72.0 / 96.0 * 1.3;
 
 constexpr std::uint16_t horizontal_mask = TA_CENTER;
@@ -25,12 +26,18 @@ double radians(int escapement) { return escapement * std::numbers::pi / 1800; }
 vSTRING face_of_charset(const vSTRING& face, std::uint8_t charset)
 {
     switch (charset) {
-    case GREEK_CHARSET: return face + vSTRING(" Greek");
-    case TURKISH_CHARSET: return face + vSTRING(" TUR");
-    case BALTIC_CHARSET: return face + vSTRING(" Baltic");
-    case RUSSIAN_CHARSET: return face + vSTRING(" CYR");
-    case EASTEUROPE_CHARSET: return face + vSTRING(" CE");
-    default: return face;
+    case GREEK_CHARSET:
+        return face + vSTRING(" Greek");
+    case TURKISH_CHARSET:
+        return face + vSTRING(" TUR");
+    case BALTIC_CHARSET:
+        return face + vSTRING(" Baltic");
+    case RUSSIAN_CHARSET:
+        return face + vSTRING(" CYR");
+    case EASTEUROPE_CHARSET:
+        return face + vSTRING(" CE");
+    default:
+        return face;
     }
 }
 
@@ -68,7 +75,7 @@ void wmf_text_measurer::load(const wmf_font_object& font)
     if (!dc_)
         dc_ = CreateCompatibleDC(nullptr);
     const vFONTSPEC spec = faithful_font(font, measured_em);
-    LOGFONTA description {};
+    LOGFONTA description{};
     description.lfHeight = -measured_em;
     description.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
     description.lfItalic = font.italic;
@@ -81,9 +88,9 @@ void wmf_text_measurer::load(const wmf_font_object& font)
         DeleteObject(font_);
     font_ = made;
 
-    TEXTMETRICA metrics {};
+    TEXTMETRICA metrics{};
     GetTextMetricsA(dc_, &metrics);
-    std::array<std::int32_t, 256> widths {};
+    std::array<std::int32_t, 256> widths{};
     GetCharWidth32A(dc_, 0, 255, widths.data());
     unit_.em = 1;
     unit_.ascent = static_cast<double>(metrics.tmAscent) / measured_em;
@@ -132,15 +139,25 @@ vPOINT baseline_start(const vPOINT& reference, std::uint16_t align, int escapeme
 {
     double back = 0;
     switch (align & horizontal_mask) {
-    case TA_RIGHT: back = width; break;
-    case TA_CENTER: back = width / 2; break;
-    default: break;
+    case TA_RIGHT:
+        back = width;
+        break;
+    case TA_CENTER:
+        back = width / 2;
+        break;
+    default:
+        break;
     }
     double down = measures.ascent;
     switch (align & vertical_mask) {
-    case TA_BASELINE: down = 0; break;
-    case TA_BOTTOM: down = -measures.descent; break;
-    default: break;
+    case TA_BASELINE:
+        down = 0;
+        break;
+    case TA_BOTTOM:
+        down = -measures.descent;
+        break;
+    default:
+        break;
     }
     const double angle = radians(escapement);
     return {rounded(reference.x - back * std::cos(angle) + down * std::sin(angle)),

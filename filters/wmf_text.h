@@ -17,7 +17,7 @@ struct wmf_text_measures {
     double em = 0; ///< character height
     double ascent = 0;
     double descent = 0;
-    std::array<double, 256> advance {}; ///< of each byte value
+    std::array<double, 256> advance{}; ///< of each byte value
 
     double width(std::string_view text) const;
 };

@@ -13,9 +13,9 @@ namespace {
 
 constexpr std::size_t longest_text = 1000;
 
-// Where the font at hand runs about as wide as the file's spacing says, the spacing only differs by the rounding of
-// the program that wrote it: words are moved to their places, and a single character only when it is far off. In any
-// other font each character that is off goes to its place. Parts of the font's height.
+// Where the font at hand runs about as wide as the file's spacing says, the spacing only differs by the
+// rounding of the program that wrote it: words are moved to their places, and a single character only when it
+// is far off. In any other font each character that is off goes to its place. Parts of the font's height.
 constexpr double same_width = 0.06;
 constexpr double drift_of_word = 0.04;
 constexpr double drift_of_far_character = 0.35;
@@ -28,7 +28,7 @@ std::string_view read_characters(byte_reader& in, std::size_t count)
 {
     const auto field = in.bytes(std::min(padded(count), in.left()));
     const auto kept = field.first(std::min({field.size(), count, longest_text}));
-    const auto end = std::find(kept.begin(), kept.end(), std::uint8_t {0});
+    const auto end = std::find(kept.begin(), kept.end(), std::uint8_t{0});
     return {reinterpret_cast<const char*>(kept.data()), static_cast<std::size_t>(end - kept.begin())};
 }
 
@@ -44,10 +44,17 @@ bool is_double_byte(std::uint8_t charset)
 bool wmf_reader::handle_text(const wmf_record& record, byte_reader& in)
 {
     switch (record.function) {
-    case wmf_function::text_out: text_out(in); return true;
-    case wmf_function::ext_text_out: ext_text_out(in); return true;
-    case wmf_function::draw_text: draw_text(in); return true;
-    default: return false;
+    case wmf_function::text_out:
+        text_out(in);
+        return true;
+    case wmf_function::ext_text_out:
+        ext_text_out(in);
+        return true;
+    case wmf_function::draw_text:
+        draw_text(in);
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -119,7 +126,8 @@ void wmf_reader::text_run(std::string_view characters, const vPOINT& baseline)
 }
 
 // Places the text by its alignment and, where the font at hand runs differently, by the file's spacing.
-void wmf_reader::faithful_text(std::string_view characters, vPOINT point, std::span<const std::uint8_t> spacing)
+void wmf_reader::faithful_text(
+    std::string_view characters, vPOINT point, std::span<const std::uint8_t> spacing)
 {
     const auto& font = *state_.font;
     const int height = std::abs(state_.mapping.map_height(font.file_height));
@@ -141,7 +149,8 @@ void wmf_reader::faithful_text(std::string_view characters, vPOINT point, std::s
         state_.current_point = along_baseline(point, font.escapement, width);
 
     if (spaced && !is_double_byte(font.charset))
-        spaced_text(characters, spacing, start, measures, std::abs(width / measures.width(characters) - 1) < same_width);
+        spaced_text(characters, spacing, start, measures,
+            std::abs(width / measures.width(characters) - 1) < same_width);
     else
         text_run(characters, start);
 }

@@ -107,7 +107,10 @@ struct wmf_placeable_header {
     std::uint32_t reserved = 0;
     std::uint16_t checksum = 0; ///< exclusive or of the ten words before it
 
-    auto fields() { return std::tie(key, handle, left, top, right, bottom, units_per_inch, reserved, checksum); }
+    auto fields()
+    {
+        return std::tie(key, handle, left, top, right, bottom, units_per_inch, reserved, checksum);
+    }
 };
 
 struct wmf_header {
@@ -221,82 +224,63 @@ struct wmf_font {
     std::uint8_t charset() const { return static_cast<std::uint8_t>(strike_charset >> 8); }
 };
 
-struct wmf_pat_blt {
-    std::uint32_t rop = 0;
+/// A source or target area of a blit; negative sizes mirror.
+struct wmf_area {
     std::int16_t height = 0;
     std::int16_t width = 0;
     std::int16_t y = 0;
     std::int16_t x = 0;
 
-    auto fields() { return std::tie(rop, height, width, y, x); }
+    auto fields() { return std::tie(height, width, y, x); }
 };
 
-/// BITBLT and DIBBITBLT with a bitmap, which follows.
+struct wmf_pat_blt {
+    std::uint32_t rop = 0;
+    wmf_area target;
+
+    auto fields() { return std::tuple_cat(std::tie(rop), target.fields()); }
+};
+
+/// BITBLT and DIBBITBLT with a bitmap, which follows. The source has the target's size.
 struct wmf_bit_blt {
     std::uint32_t rop = 0;
-    std::int16_t source_y = 0;
-    std::int16_t source_x = 0;
-    std::int16_t height = 0;
-    std::int16_t width = 0;
-    std::int16_t y = 0;
-    std::int16_t x = 0;
+    wmf_pair source;
+    wmf_area target;
 
-    auto fields() { return std::tie(rop, source_y, source_x, height, width, y, x); }
+    auto fields() { return std::tuple_cat(std::tie(rop), source.fields(), target.fields()); }
 };
 
 /// STRETCHBLT and DIBSTRETCHBLT with a bitmap, which follows.
 struct wmf_stretch_blt {
     std::uint32_t rop = 0;
-    std::int16_t source_height = 0;
-    std::int16_t source_width = 0;
-    std::int16_t source_y = 0;
-    std::int16_t source_x = 0;
-    std::int16_t height = 0;
-    std::int16_t width = 0;
-    std::int16_t y = 0;
-    std::int16_t x = 0;
+    wmf_area source;
+    wmf_area target;
 
-    auto fields()
-    {
-        return std::tie(rop, source_height, source_width, source_y, source_x, height, width, y, x);
-    }
+    auto fields() { return std::tuple_cat(std::tie(rop), source.fields(), target.fields()); }
 };
 
 /// STRETCHDIB: as STRETCHBLT with the colour usage after the raster operation.
 struct wmf_stretch_dib {
     std::uint32_t rop = 0;
     std::uint16_t colour_usage = 0;
-    std::int16_t source_height = 0;
-    std::int16_t source_width = 0;
-    std::int16_t source_y = 0;
-    std::int16_t source_x = 0;
-    std::int16_t height = 0;
-    std::int16_t width = 0;
-    std::int16_t y = 0;
-    std::int16_t x = 0;
+    wmf_area source;
+    wmf_area target;
 
-    auto fields()
-    {
-        return std::tie(
-            rop, colour_usage, source_height, source_width, source_y, source_x, height, width, y, x);
-    }
+    auto fields() { return std::tuple_cat(std::tie(rop, colour_usage), source.fields(), target.fields()); }
 };
 
-/// SETDIBTODEV with a bitmap, which follows.
+/// SETDIBTODEV with a bitmap, which follows. The source has the target's size.
 struct wmf_set_dib_to_dev {
     std::uint16_t colour_usage = 0;
     std::uint16_t scan_count = 0;
     std::uint16_t start_scan = 0;
-    std::int16_t source_y = 0;
-    std::int16_t source_x = 0;
-    std::int16_t height = 0;
-    std::int16_t width = 0;
-    std::int16_t y = 0;
-    std::int16_t x = 0;
+    wmf_pair source;
+    wmf_area target;
 
     auto fields()
     {
-        return std::tie(colour_usage, scan_count, start_scan, source_y, source_x, height, width, y, x);
+        return std::tuple_cat(
+            std::tie(colour_usage, scan_count, start_scan), source.fields(), target.fields());
     }
 };
 

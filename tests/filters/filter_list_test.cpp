@@ -9,7 +9,6 @@
 namespace klv {
 namespace {
 
-
 void fill(vMEMSTREAM& stream, const std::vector<std::uint8_t>& bytes)
 {
     stream.WritePlain(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
@@ -41,7 +40,7 @@ TEST(FilterList, ChoosesByExtensionThenByContents)
     };
     const oFILTERLIST filters;
     for (const auto& c : cases) {
-        vMEMSTREAM stream {vSTRING(c.name)};
+        vMEMSTREAM stream{vSTRING(c.name)};
         fill(stream, *c.contents);
         oFILTER* filter = nullptr;
         EXPECT_EQ(oFILTERLIST::GetFilter(&stream, &filter), c.type) << c.name;
@@ -109,7 +108,7 @@ TEST(Progress, ReportsAtMostEvery125Milliseconds)
     now_for_test += 126;
     progress.oSet(77);
     set_tick_source(nullptr);
-    EXPECT_EQ(progress.reports, (std::vector<std::uint32_t> {20, 77}));
+    EXPECT_EQ(progress.reports, (std::vector<std::uint32_t>{20, 77}));
     EXPECT_EQ(progress.FullScale(), 100u);
 }
 

@@ -35,8 +35,8 @@ std::vector<std::uint8_t> small_bitmap(int bits, std::initializer_list<int> tail
 }
 
 // A 2 x 2 bitmap: red and green below blue and white.
-const std::vector<std::uint8_t> four_colours = small_bitmap(
-    24, {0, 0, 255, 0, 255, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0});
+const std::vector<std::uint8_t> four_colours
+    = small_bitmap(24, {0, 0, 255, 0, 255, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0});
 
 TEST(WmfFilter, RecognisesHeadersWithSensibleSizesOnly)
 {
@@ -254,10 +254,8 @@ TEST(WmfFilter, ClipsExactlyAtTheFaithfulLevel)
 TEST(WmfFilter, DrawsArcsCounterClockwise)
 {
     // From the right (3 o'clock) to the top: the upper right quarter.
-    conversion c(wmf_builder()
-                     .placeable(0, 0, 1000, 1000, 96)
-                     .add(arc, {0, 100, 100, 200, 200, 200, 0, 0})
-                     .build());
+    conversion c(
+        wmf_builder().placeable(0, 0, 1000, 1000, 96).add(arc, {0, 100, 100, 200, 200, 200, 0, 0}).build());
     const auto shapes = c.all<shape_record>();
     ASSERT_EQ(shapes.size(), 1u);
     const vRECT box = shapes[0].shape.BoundBox();
@@ -350,7 +348,8 @@ TEST(WmfFilter, KeepsWhatWasDrawnBeforeDamage)
         oFILTER_STATUS meant;
         std::size_t rectangles;
     } cases[] = {
-        {"record of 0 words", good().raw({0, 0, 0, 0}).rectangle(3, 3, 4, 4).build(), oFILTER_FAILED, oFILTER_FAILED, 1},
+        {"record of 0 words", good().raw({0, 0, 0, 0}).rectangle(3, 3, 4, 4).build(), oFILTER_FAILED,
+            oFILTER_FAILED, 1},
         {"record of 2 words", good().raw({2, 0, 0, 0}).build(), oFILTER_FAILED, oFILTER_FAILED, 1},
         {"record past the end", good().raw({200, 0, 0, 0, 0x1B, 4, 9, 9}).build(false), oFILTER_FAILED,
             oFILTER_FAILED, 1},
@@ -418,7 +417,8 @@ TEST(WmfFilter, AnswersAStatusForEveryAllocationThatFails)
         vMemFailAfter(n);
         conversion c(bytes, faithful);
         vMemNeverFail();
-        EXPECT_TRUE(c.status == oFILTER_OK || c.status == oFILTER_NO_MEMORY || c.status == oFILTER_FAILED) << n;
+        EXPECT_TRUE(c.status == oFILTER_OK || c.status == oFILTER_NO_MEMORY || c.status == oFILTER_FAILED)
+            << n;
     }
 }
 

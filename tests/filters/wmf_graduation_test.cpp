@@ -16,7 +16,7 @@ constexpr int copy = 13;
 // The comment as the library's writer puts it: kind, angle, two colours of C, M, Y, K in per cents of 200.
 std::vector<std::uint8_t> fill_comment(int kind, int angle, std::array<int, 4> from, std::array<int, 4> to)
 {
-    std::vector<std::uint8_t> bytes {'Z', 'Y', 'N', 'f', 'i', 'l', 'l', 0};
+    std::vector<std::uint8_t> bytes{'Z', 'Y', 'N', 'f', 'i', 'l', 'l', 0};
     bytes.push_back(static_cast<std::uint8_t>(kind));
     bytes.push_back(0);
     wmf_builder::put16(bytes, angle);
@@ -35,8 +35,8 @@ vFILLSPEC fill_of_first_figure(conversion& c)
     for_each_record(c.picture, [&](metafile_record& record) {
         if (const auto* fill = std::get_if<fill_spec_record>(&record))
             current = fill->spec;
-        const bool figure
-            = std::holds_alternative<rectangle_record>(record) || std::holds_alternative<shape_record>(record);
+        const bool figure = std::holds_alternative<rectangle_record>(record)
+            || std::holds_alternative<shape_record>(record);
         if (figure && !found) {
             at_figure = current;
             found = true;
@@ -51,8 +51,8 @@ TEST(WmfGraduation, CommentNamesTheFillOfTheNextFigure)
     const struct {
         int kind;
         vFILLTYPE type;
-    } kinds[] = {{3, vFILL_LINEAR}, {4, vFILL_LINEAR_LOGARITHMIC}, {5, vFILL_LINEAR_TWO_WAY}, {6, vFILL_RADIAL},
-        {7, vFILL_RADIAL_QUADRATIC}};
+    } kinds[] = {{3, vFILL_LINEAR}, {4, vFILL_LINEAR_LOGARITHMIC}, {5, vFILL_LINEAR_TWO_WAY},
+        {6, vFILL_RADIAL}, {7, vFILL_RADIAL_QUADRATIC}};
     for (const auto& k : kinds) {
         auto file = wmf_builder().placeable(0, 0, 1000, 1000, 96).brush(0, 0).select(0);
         file.comment(fill_comment(k.kind, 30, {0, 200, 200, 0}, {200, 0, 0, 0}));
@@ -64,7 +64,7 @@ TEST(WmfGraduation, CommentNamesTheFillOfTheNextFigure)
         EXPECT_EQ(c.figures(), "rectangle, rectangle");
         const auto fill = fill_of_first_figure(c);
         EXPECT_EQ(fill.Type(), k.type);
-        EXPECT_EQ(fill.Angle(), vANGLE(short {30}));
+        EXPECT_EQ(fill.Angle(), vANGLE(short{30}));
         EXPECT_EQ(fill.ColourFrom(), vCOLOUR(255, 0, 0));
         EXPECT_EQ(fill.ColourTo(), vCOLOUR(0, 255, 255));
     }
@@ -94,11 +94,11 @@ std::uint32_t grey(int level) { return static_cast<std::uint32_t>(level * 0x0101
 
 TEST(WmfGraduation, StripsBecomeAGraduatedFill)
 {
-    const std::vector<std::uint32_t> even {grey(0), grey(128), grey(255)};
-    const std::vector<std::uint32_t> slow {grey(0), grey(40), grey(255)};
-    const std::vector<std::uint32_t> fast {grey(0), grey(220), grey(255)};
-    const std::vector<std::uint32_t> falling_slow {grey(255), grey(240), grey(0)};
-    const std::vector<std::uint32_t> there_and_back {grey(0), grey(255), grey(0)};
+    const std::vector<std::uint32_t> even{grey(0), grey(128), grey(255)};
+    const std::vector<std::uint32_t> slow{grey(0), grey(40), grey(255)};
+    const std::vector<std::uint32_t> fast{grey(0), grey(220), grey(255)};
+    const std::vector<std::uint32_t> falling_slow{grey(255), grey(240), grey(0)};
+    const std::vector<std::uint32_t> there_and_back{grey(0), grey(255), grey(0)};
     const struct {
         const char* what;
         std::vector<std::uint32_t> colours;
@@ -153,17 +153,20 @@ TEST(WmfGraduation, PutsTheRunsOfATransparentBitmapTogetherAgain)
 {
     constexpr int width = 7;
     constexpr int height = 5;
-    for (const auto& [target_width, target_height] : {std::pair {7, 5}, std::pair {100, 73}, std::pair {8, 6}}) {
+    for (const auto& [target_width, target_height] : {std::pair{7, 5}, std::pair{100, 73}, std::pair{8, 6}}) {
         const vRECT target(vPOINT(50, 60), target_width, target_height);
-        const double sx = target_width / double {width};
-        const double sy = target_height / double {height};
-        std::vector<std::uint8_t> start {'Z', 'Y', 'N', 'S', 't', 'a', 'r', 't', 'T', 'r', 'a', 'n', 's', 'B', 'l', 'i', 't'};
+        const double sx = target_width / double{width};
+        const double sy = target_height / double{height};
+        std::vector<std::uint8_t> start{
+            'Z', 'Y', 'N', 'S', 't', 'a', 'r', 't', 'T', 'r', 'a', 'n', 's', 'B', 'l', 'i', 't'};
         start.resize(24);
-        for (const std::uint32_t v : {0xFFFFFFu, 5u, 24u, 0u, 0u, std::uint32_t {width}, std::uint32_t {height}})
+        for (const std::uint32_t v :
+            {0xFFFFFFu, 5u, 24u, 0u, 0u, std::uint32_t{width}, std::uint32_t{height}})
             wmf_builder::put32(start, v);
         for (const int v : {target.Left(), target.Top(), target.Right(), target.Bottom()})
             wmf_builder::put32(start, static_cast<std::uint32_t>(v));
-        auto end = std::vector<std::uint8_t> {'Z', 'Y', 'N', 'E', 'n', 'd', 'T', 'r', 'a', 'n', 's', 'B', 'l', 'i', 't'};
+        auto end = std::vector<std::uint8_t>{
+            'Z', 'Y', 'N', 'E', 'n', 'd', 'T', 'r', 'a', 'n', 's', 'B', 'l', 'i', 't'};
         end.resize(24);
 
         auto file = wmf_builder().placeable(0, 0, 1000, 1000, 96).comment(start);
@@ -174,8 +177,8 @@ TEST(WmfGraduation, PutsTheRunsOfATransparentBitmapTogetherAgain)
                     continue;
                 const int bottom = target.Bottom() - static_cast<int>(y * sy);
                 const int size = target.Bottom() - static_cast<int>((y + 1) * sy) - bottom - 2;
-                auto run = wmf_builder::bytes_of({0x20, 0xCC, 0, 1, 1, 0, 0, size, static_cast<int>(sx), bottom,
-                    target.Left() + static_cast<int>(x * sx)});
+                auto run = wmf_builder::bytes_of({0x20, 0xCC, 0, 1, 1, 0, 0, size, static_cast<int>(sx),
+                    bottom, target.Left() + static_cast<int>(x * sx)});
                 auto dib = wmf_builder::bytes_of(
                     {40, 0, 1, 0, 1, 0, 1, 24, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, x + 16 * y, 0});
                 run.insert(run.end(), dib.begin(), dib.end());

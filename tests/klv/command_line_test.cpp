@@ -26,7 +26,7 @@ outcome run(const std::string& arguments)
     const std::string command = std::string(KLV_BUILD_DIR) + "/klv " + arguments + " 2>&1";
     std::FILE* const pipe = popen(command.c_str(), "r");
     outcome result;
-    std::array<char, 4096> chunk {};
+    std::array<char, 4096> chunk{};
     while (const std::size_t got = std::fread(chunk.data(), 1, chunk.size(), pipe))
         result.output.append(chunk.data(), got);
     const int status = pclose(pipe);
@@ -106,8 +106,8 @@ TEST_F(CommandLine, GoesOnPastABadFileAndKeepsWhatADamagedOneHolds)
     damaged.raw({1, 0, 0, 0});
     write("damaged.wmf", damaged.build());
     write("bad.wmf", {1, 2, 3});
-    const auto result = run("convert " + path("bad.wmf") + " " + path("damaged.wmf") + " " + path("good.wmf") + " "
-        + directory_.string());
+    const auto result = run("convert " + path("bad.wmf") + " " + path("damaged.wmf") + " " + path("good.wmf")
+        + " " + directory_.string());
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(std::filesystem::exists(path("good.png")));
     EXPECT_TRUE(std::filesystem::exists(path("damaged.png")));
@@ -116,8 +116,8 @@ TEST_F(CommandLine, GoesOnPastABadFileAndKeepsWhatADamagedOneHolds)
 
 TEST_F(CommandLine, MisuseIsStatusTwo)
 {
-    for (const char* arguments : {"", "convert", "convert x", "nonsense", "convert a b --width 0",
-             "convert a b --background red"})
+    for (const char* arguments :
+        {"", "convert", "convert x", "nonsense", "convert a b --width 0", "convert a b --background red"})
         EXPECT_EQ(run(arguments).status, 2) << arguments;
     EXPECT_EQ(run("--help").status, 0);
     EXPECT_EQ(run("--version").status, 0);

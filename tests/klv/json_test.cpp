@@ -9,7 +9,7 @@ TEST(Json, SeparatesAndNests)
 {
     json_writer json;
     json.begin_array();
-    json.begin_object().key("a").value(std::int64_t {-1}).key("b").begin_array().end_array().end_object();
+    json.begin_object().key("a").value(std::int64_t{-1}).key("b").begin_array().end_array().end_object();
     json.begin_object().end_object().value(2.5).value("x");
     json.end_array();
     EXPECT_EQ(json.text(), R"([{"a":-1,"b":[]},{},2.5,"x"])");

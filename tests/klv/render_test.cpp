@@ -54,14 +54,15 @@ TEST(Render, FillsItsPartOfThePageOnTheBackground)
     for (const int antialias : {1, 4}) {
         vMETAFILE picture;
         make_page(picture, 254000, 127000);
-        const auto bitmap = render(picture, {.width = 100, .antialias = antialias, .background = vCOLOUR(0, 0, 255)});
+        const auto bitmap
+            = render(picture, {.width = 100, .antialias = antialias, .background = vCOLOUR(0, 0, 255)});
         ASSERT_EQ(bitmap->Width(), 100);
         ASSERT_EQ(bitmap->Height(), 50);
-        EXPECT_EQ(pixel(*bitmap, 0, 0), (rgb {255, 0, 0}));
-        EXPECT_EQ(pixel(*bitmap, 48, 23), (rgb {255, 0, 0}));
-        EXPECT_EQ(pixel(*bitmap, 52, 10), (rgb {0, 0, 255}));
-        EXPECT_EQ(pixel(*bitmap, 10, 27), (rgb {0, 0, 255}));
-        EXPECT_EQ(pixel(*bitmap, 99, 49), (rgb {0, 0, 255}));
+        EXPECT_EQ(pixel(*bitmap, 0, 0), (rgb{255, 0, 0}));
+        EXPECT_EQ(pixel(*bitmap, 48, 23), (rgb{255, 0, 0}));
+        EXPECT_EQ(pixel(*bitmap, 52, 10), (rgb{0, 0, 255}));
+        EXPECT_EQ(pixel(*bitmap, 10, 27), (rgb{0, 0, 255}));
+        EXPECT_EQ(pixel(*bitmap, 99, 49), (rgb{0, 0, 255}));
     }
 }
 
@@ -78,7 +79,7 @@ TEST(Render, BandsMeetWithoutASeam)
     picture.EndMetaFile();
     const auto bitmap = render(picture, {.width = 600});
     for (int y = 0; y < bitmap->Height(); ++y)
-        ASSERT_EQ(pixel(*bitmap, 300, y), (std::array<int, 3> {128, 128, 128})) << y;
+        ASSERT_EQ(pixel(*bitmap, 300, y), (std::array<int, 3>{128, 128, 128})) << y;
 }
 
 } // namespace

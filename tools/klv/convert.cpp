@@ -12,8 +12,8 @@ namespace {
 
 constexpr const char* recorded_picture = "VMM";
 
-void convert_one(const std::string& in, const std::string& out, const std::string& format,
-    const render_options& how)
+void convert_one(
+    const std::string& in, const std::string& out, const std::string& format, const render_options& how)
 {
     source opened = open_source(in);
     if (opened.picture && format == recorded_picture) {
@@ -40,7 +40,8 @@ std::string format_of(const convert_options& options)
     return options.output == "-" ? "PNG" : extension_of(options.output);
 }
 
-std::filesystem::path name_in_directory(const std::string& in, const std::string& directory, std::string extension)
+std::filesystem::path name_in_directory(
+    const std::string& in, const std::string& directory, std::string extension)
 {
     for (char& c : extension)
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));

@@ -29,8 +29,8 @@ const vCOLOUR leaf(60, 140, 70);
 
 vLINESPEC line(vLINETYPE type, const vCOLOUR& colour, int width)
 {
-    return vLINESPEC(type, colour, width, vCORNER_ROUND, vDASH_ROUND, nullptr, vLINESPEC::no_arrow,
-        vLINESPEC::no_arrow);
+    return vLINESPEC(
+        type, colour, width, vCORNER_ROUND, vDASH_ROUND, nullptr, vLINESPEC::no_arrow, vLINESPEC::no_arrow);
 }
 
 vFILLSPEC fill(vFILLTYPE type, const vCOLOUR& from, const vCOLOUR& to, short angle = 0)
@@ -42,7 +42,8 @@ void text(vMETAFILE& picture, const char* words, int x, int y, int height, const
     vFONTSTYLE style = vFONT_NORMAL)
 {
     picture.FillSpec(fill(vFILL_SOLID, colour, colour));
-    picture.FontSpec(vFONTSPEC(vSTRING("Arial"), style, height, vREAL(), 100, vFONT_CHARACTER_HEIGHT, vANGLE()));
+    picture.FontSpec(
+        vFONTSPEC(vSTRING("Arial"), style, height, vREAL(), 100, vFONT_CHARACTER_HEIGHT, vANGLE()));
     picture.DrawTextOnLine(vSTRING(words), vPOINT(x, y), nullptr);
 }
 
@@ -53,12 +54,12 @@ void draw_fills(vMETAFILE& picture, int top)
         const char* name;
         vFILLSPEC spec;
     };
-    const std::array samples {sample {"solid", fill(vFILL_SOLID, gold, gold)},
-        sample {"linear", fill(vFILL_LINEAR, sea, sky, 90)},
-        sample {"two-way", fill(vFILL_LINEAR_TWO_WAY, red, gold, 45)},
-        sample {"radial", fill(vFILL_RADIAL, sky, sea)},
-        sample {"quadratic", fill(vFILL_RADIAL_QUADRATIC, gold, red)},
-        sample {"box", fill(vFILL_BOX, leaf, sky)}};
+    const std::array samples{sample{"solid", fill(vFILL_SOLID, gold, gold)},
+        sample{"linear", fill(vFILL_LINEAR, sea, sky, 90)},
+        sample{"two-way", fill(vFILL_LINEAR_TWO_WAY, red, gold, 45)},
+        sample{"radial", fill(vFILL_RADIAL, sky, sea)},
+        sample{"quadratic", fill(vFILL_RADIAL_QUADRATIC, gold, red)},
+        sample{"box", fill(vFILL_BOX, leaf, sky)}};
     constexpr int frame = 2600;
     constexpr int step = 3100;
     int left = 900;
@@ -73,7 +74,7 @@ void draw_fills(vMETAFILE& picture, int top)
 
 void draw_lines(vMETAFILE& picture, int left, int top)
 {
-    constexpr std::array types {vLINE_SOLID, vLINE_DOT, vLINE_DASH, vLINE_DASH_DOT, vLINE_DASH_DOT_DOT};
+    constexpr std::array types{vLINE_SOLID, vLINE_DOT, vLINE_DASH, vLINE_DASH_DOT, vLINE_DASH_DOT_DOT};
     constexpr int step = 700;
     int y = top;
     for (std::size_t i = 0; i < types.size(); ++i, y += step) {
@@ -92,8 +93,8 @@ void draw_shapes(vMETAFILE& picture, int left, int top)
 
     vSHAPE pie;
     picture.FillSpec(fill(vFILL_RADIAL, sky, sea));
-    ArcToBez(vPOINT(left + 9300, top + 1800), vPOINT(1800, 0), vPOINT(0, 1800), vPOINT(10, -10), vPOINT(0, -10), pie,
-        ARC_PIE);
+    ArcToBez(vPOINT(left + 9300, top + 1800), vPOINT(1800, 0), vPOINT(0, 1800), vPOINT(10, -10),
+        vPOINT(0, -10), pie, ARC_PIE);
     picture.DrawShape(pie);
 }
 
@@ -118,7 +119,8 @@ void record_demo(vMETAFILE& picture)
     picture.DrawRect(vRECT(0, 0, page_width, page_height));
 
     text(picture, "KLV006", 850, 1700, 1300, sea, vFONT_BOLD);
-    text(picture, "one object model for vector drawing and raster images", 7000, 1650, 480, ink, vFONT_ITALIC);
+    text(
+        picture, "one object model for vector drawing and raster images", 7000, 1650, 480, ink, vFONT_ITALIC);
     draw_fills(picture, 2500);
     draw_wave(picture, 900, 6900);
     draw_lines(picture, 900, 8700);

@@ -5,8 +5,8 @@
 
 namespace klv::tool {
 
-/// Why a file could not be done: the reason alone, without the file's name. Thrown inside the tool only, up to
-/// the loop over the files, which prints it.
+/// Why a file could not be done: the reason alone, without the file's name. Thrown inside the tool only, up
+/// to the loop over the files, which prints it.
 class failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

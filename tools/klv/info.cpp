@@ -1,5 +1,5 @@
-#include <cstdio>
 #include <cstdint>
+#include <cstdio>
 #include <map>
 #include <string>
 
@@ -68,14 +68,14 @@ void write_picture_json(json_writer& json, vMETAFILE& picture)
     json.key("kind").value("picture");
     json.key("width_mm").value(picture.PhysicalWidth() / micrometres_per_millimetre);
     json.key("height_mm").value(picture.PhysicalHeight() / micrometres_per_millimetre);
-    json.key("left").value(std::int64_t {picture.LogicalXOffset()});
-    json.key("top").value(std::int64_t {picture.LogicalYOffset()});
-    json.key("width").value(std::int64_t {picture.LogicalWidth()});
-    json.key("height").value(std::int64_t {picture.LogicalHeight()});
-    json.key("record_count").value(std::int64_t {counts.total});
+    json.key("left").value(std::int64_t{picture.LogicalXOffset()});
+    json.key("top").value(std::int64_t{picture.LogicalYOffset()});
+    json.key("width").value(std::int64_t{picture.LogicalWidth()});
+    json.key("height").value(std::int64_t{picture.LogicalHeight()});
+    json.key("record_count").value(std::int64_t{counts.total});
     json.key("records").begin_object();
     for (const auto& [name, count] : counts.by_name)
-        json.key(name).value(std::int64_t {count});
+        json.key(name).value(std::int64_t{count});
     json.end_object();
 }
 
@@ -84,11 +84,11 @@ void write_bitmap_json(json_writer& json, const oMEMDIB& bitmap)
     oDIBHEADER header;
     bitmap.GetHeader(header);
     json.key("kind").value("bitmap");
-    json.key("width").value(std::int64_t {header.Width()});
-    json.key("height").value(std::int64_t {header.Height()});
-    json.key("bits_per_pixel").value(std::int64_t {header.ColourDepth()});
-    json.key("horizontal_dpi").value(std::int64_t {header.HorzDPI()});
-    json.key("vertical_dpi").value(std::int64_t {header.VertDPI()});
+    json.key("width").value(std::int64_t{header.Width()});
+    json.key("height").value(std::int64_t{header.Height()});
+    json.key("bits_per_pixel").value(std::int64_t{header.ColourDepth()});
+    json.key("horizontal_dpi").value(std::int64_t{header.HorzDPI()});
+    json.key("vertical_dpi").value(std::int64_t{header.VertDPI()});
 }
 
 void write_json(json_writer& json, const std::string& file, const source& opened)

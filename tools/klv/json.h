@@ -29,7 +29,7 @@ private:
     void append_string(std::string_view text);
 
     std::string text_;
-    std::vector<bool> has_items_ {false};
+    std::vector<bool> has_items_{false};
     bool after_key_ = false;
 };
 

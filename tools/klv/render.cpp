@@ -28,7 +28,7 @@ constexpr int pattern_rows = 8;
 
 int rows_in_band(int width, int height, int antialias)
 {
-    const std::int64_t row_bytes = std::int64_t {width} * antialias * antialias * 4;
+    const std::int64_t row_bytes = std::int64_t{width} * antialias * antialias * 4;
     const auto rows = static_cast<int>(std::clamp<std::int64_t>(band_bytes / row_bytes, 1, height));
     return rows >= height ? height : std::max(pattern_rows, rows / pattern_rows * pattern_rows);
 }
@@ -65,12 +65,12 @@ public:
     // Copies the first rows of the band into a bitmap whose rows are stored bottom row first.
     void reduce_into(oMEMDIB& out, int first_row, int rows) const
     {
-        const std::ptrdiff_t stride = std::ptrdiff_t {4} * width_ * antialias_;
-        const auto surface_rows = std::ptrdiff_t {rows_} * antialias_;
-        const pixel_rows source {static_cast<const std::uint8_t*>(bits_) + (surface_rows - 1) * stride, -stride,
-            width_ * antialias_, rows * antialias_, 4};
+        const std::ptrdiff_t stride = std::ptrdiff_t{4} * width_ * antialias_;
+        const auto surface_rows = std::ptrdiff_t{rows_} * antialias_;
+        const pixel_rows source{static_cast<const std::uint8_t*>(bits_) + (surface_rows - 1) * stride,
+            -stride, width_ * antialias_, rows * antialias_, 4};
         const auto target_stride = static_cast<std::ptrdiff_t>(out.BytesPerLine());
-        const mutable_pixel_rows target {
+        const mutable_pixel_rows target{
             out.line(out.Height() - 1 - first_row).data(), -target_stride, width_, rows, 3};
         reduce_box(source, target, antialias_, antialias_);
     }
@@ -78,7 +78,7 @@ public:
 private:
     void clear()
     {
-        const RECT all {0, 0, width_ * antialias_, rows_ * antialias_};
+        const RECT all{0, 0, width_ * antialias_, rows_ * antialias_};
         const HBRUSH brush = CreateSolidBrush(background_.PackedRGB());
         klv::FillRect(dc_, &all, brush);
         DeleteObject(brush);
@@ -93,7 +93,7 @@ private:
     void* bits_ = nullptr;
 };
 
-int to_pixels(double v) { return static_cast<int>(std::clamp(std::round(v), 1.0, double {longest_side})); }
+int to_pixels(double v) { return static_cast<int>(std::clamp(std::round(v), 1.0, double{longest_side})); }
 
 } // namespace
 
@@ -123,7 +123,8 @@ std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& option
     vSIZE size = output_size(picture, options);
     const vRECT page(vPOINT(0, 0), size.Width(), size.Height());
     std::unique_ptr<oMEMDIB> out(new oMEMDIB(0));
-    if (!out || !out->SetHeader(oDIBHEADER(size.Width(), size.Height(), options.dpi, options.dpi, oMODEL_RGB24))
+    if (!out
+        || !out->SetHeader(oDIBHEADER(size.Width(), size.Height(), options.dpi, options.dpi, oMODEL_RGB24))
         || !out->HasPixels())
         throw failure("memory ran out");
     const int band = rows_in_band(size.Width(), size.Height(), options.antialias);

@@ -15,7 +15,7 @@ struct render_options {
     int height = 0;
     int dpi = 96; ///< of the picture's own size
     int antialias = 4; ///< device pixels for each output pixel, along each axis; 1 for aliased pixels
-    vCOLOUR background {255, 255, 255};
+    vCOLOUR background{255, 255, 255};
 };
 
 /// Size in pixels that a picture is drawn at: its physical size at the wanted resolution (16 to 4096 pixels

@@ -22,7 +22,7 @@ struct close_file {
 
 void copy_to(vMEMSTREAM& encoded, std::FILE* out)
 {
-    std::array<std::uint8_t, 1 << 16> chunk {};
+    std::array<std::uint8_t, 1 << 16> chunk{};
     encoded.MoveFromStart(0);
     while (!encoded.AtEnd()) {
         const auto got = encoded.ReadPlain(chunk.data(), static_cast<std::uint32_t>(chunk.size()));

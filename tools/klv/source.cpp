@@ -25,7 +25,7 @@ constexpr std::string_view picture_signature = "ZYNVMMETA";
 std::unique_ptr<vSTREAM> read_standard_input()
 {
     auto stream = std::unique_ptr<vSTREAM>(new vMEMSTREAM(vSTRING("standard input")));
-    std::array<std::uint8_t, 1 << 16> chunk {};
+    std::array<std::uint8_t, 1 << 16> chunk{};
     while (const std::size_t got = std::fread(chunk.data(), 1, chunk.size(), stdin))
         if (stream->WritePlain(chunk.data(), static_cast<std::uint32_t>(got)) != got)
             throw failure("memory ran out");
@@ -35,7 +35,7 @@ std::unique_ptr<vSTREAM> read_standard_input()
 
 void check_is_file(const std::string& file)
 {
-    struct stat about {};
+    struct stat about { };
     if (stat(file.c_str(), &about) != 0)
         throw failure(std::strerror(errno));
     if (S_ISDIR(about.st_mode))
@@ -59,7 +59,7 @@ std::unique_ptr<vSTREAM> open_stream(const std::string& file)
 
 bool is_recorded_picture(vSTREAM& stream)
 {
-    std::array<std::uint8_t, picture_signature.size()> start {};
+    std::array<std::uint8_t, picture_signature.size()> start{};
     const auto got = stream.ReadPlain(start.data(), static_cast<std::uint32_t>(start.size()));
     stream.MoveFromStart(0);
     return got == start.size() && std::memcmp(start.data(), picture_signature.data(), start.size()) == 0;
@@ -97,7 +97,8 @@ void read_vector(source& opened, oLAFILTER& filter, const std::string& file)
     if (status == oFILTER_OK)
         return;
     // A refused header records nothing; anything later leaves what was drawn before it.
-    if (status == oFILTER_CANCELLED || opened.picture->LogicalWidth() <= 0 || opened.picture->GetNoOfRecords() == 0)
+    if (status == oFILTER_CANCELLED || opened.picture->LogicalWidth() <= 0
+        || opened.picture->GetNoOfRecords() == 0)
         throw failure(describe(status));
     opened.warning = std::string(describe(status)) + "; what could be read was kept";
 }
