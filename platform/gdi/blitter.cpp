@@ -330,7 +330,15 @@ void copy_rows(const surface& to, const blit& job, const region& clip, const box
     }
 }
 
-/// 32-bit pixels under a rectangular clip; rows that show the same source row are copied.
+/// The promise that nothing overlaps saves reading the map anew after every pixel.
+void gather(std::uint32_t* __restrict out, const std::uint8_t* __restrict in,
+    const std::int32_t* __restrict map, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        std::memcpy(out + i, in + std::ptrdiff_t{map[i]} * 4, 4);
+}
+
+/// 32-bit pixels under a rectangular clip; rows that show the same one of the source are copied.
 void stretch_rows(const surface& to, const blit& job, const box& visible)
 {
     auto& map = shared().map;
@@ -340,15 +348,13 @@ void stretch_rows(const surface& to, const blit& job, const box& visible)
     std::int64_t last_source = -1;
     const std::uint8_t* last = nullptr;
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
-        std::uint8_t* out = to.row(y) + std::ptrdiff_t{visible.x1} * 4;
+        std::uint8_t* const out = to.row(y) + std::ptrdiff_t{visible.x1} * 4;
         const std::int64_t source_y = job.y.nearest(y);
-        if (source_y == last_source) {
+        if (source_y == last_source)
             std::memcpy(out, last, map.size() * 4);
-        } else {
-            const std::uint8_t* in = job.source->row(static_cast<std::int32_t>(source_y));
-            for (std::size_t i = 0; i < map.size(); ++i)
-                std::memcpy(out + i * 4, in + std::ptrdiff_t{map[i]} * 4, 4);
-        }
+        else
+            gather(reinterpret_cast<std::uint32_t*>(out),
+                job.source->row(static_cast<std::int32_t>(source_y)), map.data(), map.size());
         last_source = source_y;
         last = out;
     }
