@@ -170,85 +170,158 @@ bool make_spans(std::int32_t source_size, std::int32_t target_size, vBUFFER<axis
     return true;
 }
 
-/// The weighted sum of a span of rows, in 16 bits with 8 bits of fraction.
+/// The channels of one pixel, calculated side by side. Pictures of fewer than four carry along what follows.
+using four_floats = float __attribute__((vector_size(16)));
+using four_integers = std::int32_t __attribute__((vector_size(16)));
+using eight_words = std::uint16_t __attribute__((vector_size(16)));
+constexpr std::size_t words_read_at_once = 8;
+
+four_integers four_channels(const std::uint16_t* p)
+{
+    // Zero words between the words make integers of them.
+    eight_words words;
+    std::memcpy(&words, p, sizeof words);
+    return reinterpret_cast<four_integers>(
+        __builtin_shufflevector(words, eight_words{}, 0, 8, 1, 9, 2, 10, 3, 11));
+}
+
+four_floats as_floats(four_integers integers) { return __builtin_convertvector(integers, four_floats); }
+
+/// The upper half of a product of 16 bits: processors have one instruction for eight of them.
+constexpr std::uint16_t upper_half(std::uint16_t a, std::uint16_t b)
+{
+    return static_cast<std::uint16_t>((std::uint32_t{a} * b) >> 16);
+}
+
+[[gnu::noinline]] void add_weighted(const std::uint8_t* __restrict first, std::uint16_t first_weight,
+    const std::uint8_t* __restrict last, std::uint16_t last_weight, std::uint16_t* __restrict mixed,
+    std::size_t bytes)
+{
+    for (std::size_t i = 0; i < bytes; ++i) {
+        const auto a = static_cast<std::uint16_t>(first[i] << 8);
+        const auto b = static_cast<std::uint16_t>(last[i] << 8);
+        mixed[i] = static_cast<std::uint16_t>(upper_half(a, first_weight) + upper_half(b, last_weight));
+    }
+}
+
+[[gnu::noinline]] void add_weighted(const std::uint16_t* __restrict sums, int shift, std::uint16_t weight,
+    std::uint16_t* __restrict mixed, std::size_t bytes)
+{
+    for (std::size_t i = 0; i < bytes; ++i) {
+        const auto sum = static_cast<std::uint16_t>(sums[i] << shift);
+        mixed[i] = static_cast<std::uint16_t>(mixed[i] + upper_half(sum, weight));
+    }
+}
+
+/// The weighted sum of a span of rows, with 7 bits of fraction. Everything fits 16 bits.
 class row_mixer {
 public:
     [[nodiscard]] bool prepare(std::size_t bytes)
     {
-        return inner_.resize_uninitialized(bytes) && mixed_.resize_uninitialized(bytes);
+        mixed_bytes_ = bytes;
+        return sums_.resize(bytes) && mixed_.resize(bytes + words_read_at_once);
     }
 
     const std::uint16_t* mix(const pixel_rows& source, const axis_span& span)
     {
-        const std::uint8_t* __restrict first = source.row(span.first);
-        const std::uint8_t* __restrict last = source.row(span.last);
-        std::uint16_t* __restrict mixed = mixed_.data();
-        const std::size_t bytes = mixed_.size();
-        if (span.first == span.last) {
-            for (std::size_t i = 0; i < bytes; ++i)
-                mixed[i] = static_cast<std::uint16_t>(first[i] << 8);
-            return mixed;
-        }
-        if (span.inner_weight == 0 || span.last == span.first + 1) {
-            for (std::size_t i = 0; i < bytes; ++i)
-                mixed[i] = rounded(first[i] * span.first_weight + last[i] * span.last_weight);
-            return mixed;
-        }
-        sum_inner_rows(source, span);
-        const std::uint32_t* __restrict inner = inner_.data();
-        for (std::size_t i = 0; i < bytes; ++i)
-            mixed[i] = rounded(
-                first[i] * span.first_weight + inner[i] * span.inner_weight + last[i] * span.last_weight);
-        return mixed;
+        const std::int32_t inner_rows = span.last - span.first - 1;
+        if (inner_rows > most_summed_rows)
+            mix_many(source, span);
+        else if (inner_rows > 0)
+            mix_three(source, span, inner_rows);
+        else
+            mix_two(source, span);
+        return mixed_.data();
     }
 
 private:
-    static std::uint16_t rounded(std::uint32_t sum) { return static_cast<std::uint16_t>((sum + 128) >> 8); }
+    static constexpr std::int32_t most_summed_rows = 257; ///< 255 * 257 is the last sum of 16 bits
 
-    void sum_inner_rows(const pixel_rows& source, const axis_span& span)
+    static std::uint16_t half_weight(std::uint32_t weight) { return static_cast<std::uint16_t>(weight / 2); }
+
+    void mix_two(const pixel_rows& source, const axis_span& span)
     {
-        std::uint32_t* __restrict inner = inner_.data();
-        const std::size_t bytes = inner_.size();
-        const std::uint8_t* __restrict row = source.row(span.first + 1);
-        for (std::size_t i = 0; i < bytes; ++i)
-            inner[i] = row[i];
-        for (std::int32_t y = span.first + 2; y < span.last; ++y) {
-            row = source.row(y);
-            for (std::size_t i = 0; i < bytes; ++i)
-                inner[i] += row[i];
+        add_weighted(source.row(span.first), half_weight(span.first_weight), source.row(span.last),
+            half_weight(span.last_weight), mixed_.data(), mixed_bytes_);
+    }
+
+    void mix_three(const pixel_rows& source, const axis_span& span, std::int32_t inner_rows)
+    {
+        sum_rows(source, span.first + 1, inner_rows, mixed_bytes_, sums_.data());
+        // As many bits as the sums leave free in 16, and as many fewer in their weight.
+        int shift = 0;
+        while (inner_rows << (shift + 1) <= most_summed_rows)
+            ++shift;
+        mix_two(source, span);
+        add_weighted(sums_.data(), shift, static_cast<std::uint16_t>((span.inner_weight << 7) >> shift),
+            mixed_.data(), mixed_bytes_);
+    }
+
+    void mix_many(const pixel_rows& source, const axis_span& span)
+    {
+        for (std::size_t i = 0; i < mixed_bytes_; ++i) {
+            std::uint64_t sum = std::uint64_t{source.row(span.first)[i]} * span.first_weight
+                + std::uint64_t{source.row(span.last)[i]} * span.last_weight;
+            for (std::int32_t y = span.first + 1; y < span.last; ++y)
+                sum += std::uint64_t{source.row(y)[i]} * span.inner_weight;
+            mixed_[i] = static_cast<std::uint16_t>(sum >> 9);
         }
     }
 
-    vBUFFER<std::uint32_t> inner_;
+    std::size_t mixed_bytes_ = 0;
+    vBUFFER<std::uint16_t> sums_;
     vBUFFER<std::uint16_t> mixed_;
 };
 
-template <int SourceChannels, int TargetChannels>
-void mix_columns(const std::uint16_t* row, const vBUFFER<axis_span>& spans, std::uint8_t* target)
+/// A span of columns, its weights as factors from 7 bits of fraction to bytes.
+struct column_span {
+    std::int32_t first;
+    std::int32_t last;
+    float first_factor;
+    float inner_factor;
+    float last_factor;
+};
+
+bool make_columns(std::int32_t source_size, std::int32_t target_size, vBUFFER<column_span>& columns)
 {
-    constexpr std::uint32_t half = 1U << 23;
-    for (const axis_span& span : spans) {
+    vBUFFER<axis_span> spans;
+    if (!make_spans(source_size, target_size, spans) || !columns.resize_uninitialized(spans.size()))
+        return false;
+    constexpr float scale = 1.0F / (128.0F * whole_weight);
+    const auto factor = [](std::uint32_t weight) { return static_cast<float>(weight) * scale; };
+    for (std::size_t i = 0; i < spans.size(); ++i)
+        columns[i] = {spans[i].first, spans[i].last, factor(spans[i].first_weight),
+            factor(spans[i].inner_weight), factor(spans[i].last_weight)};
+    return true;
+}
+
+/// Leaves the target's channels, half a unit added for rounding, in totals: room for one pixel more.
+template <int SourceChannels, int TargetChannels>
+void mix_columns(const std::uint16_t* row, const vBUFFER<column_span>& spans, float* totals)
+{
+    for (const column_span& span : spans) {
         const std::uint16_t* p = row + static_cast<std::ptrdiff_t>(span.first) * SourceChannels;
-        std::array<std::uint32_t, SourceChannels> total;
-        for (std::size_t c = 0; c < SourceChannels; ++c)
-            total[c] = half + p[c] * span.first_weight;
-        for (std::int32_t x = span.first + 1; x < span.last; ++x) {
-            p += SourceChannels;
-            for (std::size_t c = 0; c < SourceChannels; ++c)
-                total[c] += p[c] * span.inner_weight;
-        }
+        four_floats total = as_floats(four_channels(p)) * span.first_factor + 0.5F;
         if (span.last != span.first) {
+            four_integers inner{};
+            for (std::int32_t x = span.first + 1; x < span.last; ++x)
+                inner += four_channels(p += SourceChannels);
             p += SourceChannels;
-            for (std::size_t c = 0; c < SourceChannels; ++c)
-                total[c] += p[c] * span.last_weight;
+            total += as_floats(inner) * span.inner_factor + as_floats(four_channels(p)) * span.last_factor;
         }
-        for (std::size_t c = 0; c < TargetChannels; ++c)
-            target[c] = static_cast<std::uint8_t>(total[c] >> 24);
-        target += TargetChannels;
+        // The next pixel overwrites what is not this one's.
+        std::memcpy(totals, &total, sizeof total);
+        totals += TargetChannels;
     }
 }
 
-using mix_routine = void (*)(const std::uint16_t*, const vBUFFER<axis_span>&, std::uint8_t*);
+void store_bytes(const float* __restrict totals, std::uint8_t* __restrict target, std::size_t bytes)
+{
+    for (std::size_t i = 0; i < bytes; ++i)
+        target[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>(totals[i]));
+}
+
+using mix_routine = void (*)(const std::uint16_t*, const vBUFFER<column_span>&, float*);
 
 mix_routine mix_routine_for(std::int32_t source_channels, std::int32_t target_channels)
 {
@@ -302,15 +375,22 @@ bool resample_smooth(const pixel_rows& source, const mutable_pixel_rows& target)
 {
     if (!fits(source, target))
         return false;
-    vBUFFER<axis_span> columns;
+    const std::size_t target_bytes
+        = static_cast<std::size_t>(target.width) * static_cast<std::size_t>(target.channels);
+    constexpr std::size_t one_pixel_more = 4;
+    vBUFFER<column_span> columns;
     vBUFFER<axis_span> rows;
+    vBUFFER<float> totals;
     row_mixer mixer;
-    if (!make_spans(source.width, target.width, columns) || !make_spans(source.height, target.height, rows)
+    if (!make_columns(source.width, target.width, columns) || !make_spans(source.height, target.height, rows)
+        || !totals.resize(target_bytes + one_pixel_more)
         || !mixer.prepare(static_cast<std::size_t>(source.width) * static_cast<std::size_t>(source.channels)))
         return false;
     const mix_routine mix = mix_routine_for(source.channels, target.channels);
-    for (std::int32_t y = 0; y < target.height; ++y)
-        mix(mixer.mix(source, rows[static_cast<std::size_t>(y)]), columns, target.row(y));
+    for (std::int32_t y = 0; y < target.height; ++y) {
+        mix(mixer.mix(source, rows[static_cast<std::size_t>(y)]), columns, totals.data());
+        store_bytes(totals.data(), target.row(y), target_bytes);
+    }
     return true;
 }
 
