@@ -42,6 +42,33 @@ LOGFONTA describe(const vFONTSPEC& spec, LONG height, bool upright)
     return description;
 }
 
+// The average width of a description's font, which is as wide as it comes, in units of its height.
+double natural_width(HDC dc, LOGFONTA description)
+{
+    constexpr LONG measured_height = 1024;
+    description.lfHeight = description.lfHeight < 0 ? -measured_height : measured_height;
+    description.lfEscapement = description.lfOrientation = 0;
+    const HFONT measured = CreateFontIndirectA(&description);
+    const HGDIOBJ selected = SelectObject(dc, measured);
+    TEXTMETRICA metrics{};
+    GetTextMetricsA(dc, &metrics);
+    SelectObject(dc, selected);
+    DeleteObject(measured);
+    return static_cast<double>(metrics.tmAveCharWidth) / measured_height;
+}
+
+// An expansion of 0 leaves the font as it comes, like one of 1.
+HFONT create_font(HDC dc, const vFONTSPEC& spec, LONG height, bool upright)
+{
+    LOGFONTA description = describe(spec, height, upright);
+    const double expansion = spec.Expansion().Double();
+    if (expansion > 0 && expansion != 1) {
+        const double width = natural_width(dc, description) * std::abs(height) * expansion;
+        description.lfWidth = static_cast<LONG>(std::clamp(std::round(width), 1.0, double{INT16_MAX}));
+    }
+    return CreateFontIndirectA(&description);
+}
+
 } // namespace
 
 int vFONTSPEC::PointSize(vDEVICE& device) const noexcept
@@ -124,10 +151,8 @@ HFONT vDEVICE::ActivateFont(int rotated) noexcept
         return nullptr;
     const LONG height = realised_font_height(*current_font_, *this);
     const auto select = [&](bool upright) {
-        if (!current_font_->Font() || current_font_->FontHeight() != height || upright) {
-            const LOGFONTA description = describe(*current_font_, height, upright);
-            current_font_->Font(CreateFontIndirectA(&description), height);
-        }
+        if (!current_font_->Font() || current_font_->FontHeight() != height || upright)
+            current_font_->Font(create_font(dc, *current_font_, height, upright), height);
         if (GetCurrentObject(dc, OBJ_FONT) != current_font_->Font()) {
             ClearFont();
             SelectObject(dc, current_font_->Font());

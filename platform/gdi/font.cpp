@@ -22,6 +22,8 @@ constexpr double tenths_to_radians = std::numbers::pi / 1800;
 constexpr std::int32_t full_turn = 3600;
 // Where the strike-out line lies, above the baseline, as a part of the em square.
 constexpr double strikeout_height = 0.26;
+// The average width that Symbol states, in em squares; pictures that stretch it reckon with this.
+constexpr double symbol_average_width = 1230.0 / 2048;
 
 std::int32_t rounded(double value)
 {
@@ -55,7 +57,6 @@ INT font_object::describe(INT size, void* buffer) const
 realised_font::realised_font(const LOGFONTA& logical, const font_scale& scale)
 {
     choose_face(logical);
-    page_ = &code_page::of_charset(charset_);
     single_.resize(256);
     const std::int32_t tenths = logical.lfEscapement % full_turn;
     turned_ = tenths != 0;
@@ -69,8 +70,9 @@ void realised_font::choose_face(const LOGFONTA& logical)
 {
     auto [name, charset] = split_face_name(face_name(logical), logical.lfCharSet);
     symbols_ = symbol_set_of_face(name);
+    page_ = &code_page::of_charset(charset);
     request_ = {
-        std::string(outline_family(name)), logical.lfWeight, logical.lfItalic != 0, logical.lfPitchAndFamily};
+        page_->utf8(outline_family(name)), logical.lfWeight, logical.lfItalic != 0, logical.lfPitchAndFamily};
     face_ = find_face(request_);
     if (charset == SYMBOL_CHARSET && !symbols_)
         symbols_
@@ -91,8 +93,10 @@ void realised_font::measure(const LOGFONTA& logical, const font_scale& scale)
     const double cell_units = face_->ascent() + face_->descent();
     em_ = height < 0 ? -height : height > 0 ? height * units / cell_units : default_em;
     em_ = std::clamp(em_, 1.0, largest_em);
-    if (logical.lfWidth != 0 && face_->average_width() > 0) {
-        const double natural = face_->average_width() * em_ / units;
+    const double average_units
+        = symbols_ == symbol_set::symbol ? symbol_average_width * units : face_->average_width();
+    if (logical.lfWidth != 0 && average_units > 0) {
+        const double natural = average_units * em_ / units;
         stretch_ = std::clamp(std::abs(double{1} * logical.lfWidth) * scale.x / natural, 0.01, 100.0);
     }
     const std::int32_t cell = rounded(cell_units * em_ / units);
@@ -100,7 +104,7 @@ void realised_font::measure(const LOGFONTA& logical, const font_scale& scale)
     measures_.descent = cell - measures_.ascent;
     measures_.internal_leading = std::max(0, cell - rounded(em_));
     measures_.external_leading = down(face_->external_leading());
-    measures_.average_width = across(face_->average_width());
+    measures_.average_width = rounded(average_units * em_ * stretch_ / units);
     measures_.maximum_width = across(face_->maximum_width());
     measures_.line_thickness = std::max(1, down(face_->underline_thickness()));
     measures_.underline_offset = down(-face_->underline_position() - face_->underline_thickness() / 2);
@@ -157,6 +161,10 @@ glyph realised_font::look_up(const text_character& c) const
         // A sign that no font has: one that looks like it, or else an empty box.
         constexpr char32_t box = 0x25AF;
         set_glyph(g, common_sign_like(c.unicode)) || set_glyph(g, box);
+    }
+    if (g.index == 0 && c.bytes == 2) {
+        g.advance = rounded(em_ * stretch_); // East Asian signs are as wide as high
+        return g;
     }
     g.advance = rounded(g.face->advance(g.index) * em_ * stretch_ / g.face->units_per_em());
     return g;

@@ -158,6 +158,28 @@ text_character code_page::next(std::string_view text) const
     return {both, static_cast<std::uint16_t>(lead << 8 | trail), 2};
 }
 
+std::string code_page::utf8(std::string_view text) const
+{
+    std::string out;
+    const auto add = [&](char32_t bits) { out += static_cast<char>(static_cast<std::uint8_t>(bits)); };
+    const auto add_trail = [&](char32_t bits) { add(0x80 | (bits & 0x3F)); };
+    while (!text.empty()) {
+        const text_character c = next(text);
+        text.remove_prefix(c.bytes);
+        if (c.unicode < 0x80) {
+            add(c.unicode);
+        } else if (c.unicode < 0x800) {
+            add(0xC0 | c.unicode >> 6);
+            add_trail(c.unicode);
+        } else if (c.unicode < 0x10000) {
+            add(0xE0 | c.unicode >> 12);
+            add_trail(c.unicode >> 6);
+            add_trail(c.unicode);
+        }
+    }
+    return out;
+}
+
 char32_t code_page::pair(std::uint8_t lead, std::uint8_t trail) const
 {
     if (name_ == ansi_code_page)

@@ -25,6 +25,8 @@ public:
     [[nodiscard]] text_character next(std::string_view text) const;
     /// The character of a single byte; 0 for a lead byte.
     [[nodiscard]] char32_t unicode(std::uint8_t byte) const { return single_[byte]; }
+    /// A name in this code page, in UTF-8.
+    [[nodiscard]] std::string utf8(std::string_view text) const;
 
 private:
     explicit code_page(const char* name);

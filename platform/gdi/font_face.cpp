@@ -1,12 +1,12 @@
 #include "platform/gdi/font_face.h"
 
+#include "platform/gdi/font_names.h"
 #include "platform/gdi/text.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 #include <fontconfig/fontconfig.h>
@@ -26,15 +26,42 @@ const FcChar8* fc(const char* text) { return reinterpret_cast<const FcChar8*>(te
 // ones after this many.
 constexpr std::size_t max_families_looked_up = 400;
 
+constexpr const char* sans_family = "Arial";
 constexpr const char* serif_family = "Times New Roman";
+constexpr const char* fixed_family = "Courier New";
 
-// The first face of the family that stands for a kind of face, to be taken where a name is not known.
-const char* generic_family(std::uint8_t pitch_and_family)
+// What kind of face a name stands for, as far as the configuration of the system's fonts knows it.
+const char* family_by_name(const std::string& name)
 {
-    const auto kind = static_cast<std::uint8_t>(pitch_and_family & 0xF0);
-    if (kind == FF_MODERN || (pitch_and_family & 0x03) == FIXED_PITCH)
-        return "Courier New";
-    return kind == FF_ROMAN ? serif_family : "Arial";
+    const pattern_ptr pattern(FcPatternCreate());
+    if (!pattern)
+        return sans_family;
+    FcPatternAddString(pattern.get(), FC_FAMILY, fc(name.c_str()));
+    FcConfigSubstitute(nullptr, pattern.get(), FcMatchPattern);
+    FcChar8* family = nullptr;
+    for (int i = 0; FcPatternGetString(pattern.get(), FC_FAMILY, i, &family) == FcResultMatch; ++i) {
+        const std::string_view kind = reinterpret_cast<const char*>(family);
+        if (kind == "sans-serif")
+            return sans_family;
+        if (kind == "serif")
+            return serif_family;
+        if (kind == "monospace")
+            return fixed_family;
+    }
+    return sans_family;
+}
+
+// The family to take where a face is not installed and has no metric-compatible one.
+const char* substitute_family(const face_request& request)
+{
+    if (const char* similar = similar_family(request.family))
+        return similar;
+    const auto kind = static_cast<std::uint8_t>(request.pitch_and_family & 0xF0);
+    if (kind == FF_MODERN || (request.pitch_and_family & 0x03) == FIXED_PITCH)
+        return fixed_family;
+    if (kind == FF_ROMAN)
+        return serif_family;
+    return kind == FF_SWISS ? sans_family : family_by_name(request.family);
 }
 
 pattern_ptr make_pattern(const face_request& request)
@@ -45,8 +72,9 @@ pattern_ptr make_pattern(const face_request& request)
     const int slant = request.italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN;
     const int weight
         = FcWeightFromOpenType(std::clamp<int>(request.weight > 0 ? request.weight : 400, 100, 900));
-    FcPatternAddString(pattern.get(), FC_FAMILY, fc(request.family.c_str()));
-    FcPatternAddString(pattern.get(), FC_FAMILY, fc(generic_family(request.pitch_and_family)));
+    if (!request.family.empty())
+        FcPatternAddString(pattern.get(), FC_FAMILY, fc(request.family.c_str()));
+    FcPatternAddString(pattern.get(), FC_FAMILY, fc(substitute_family(request)));
     FcPatternAddInteger(pattern.get(), FC_SLANT, slant);
     FcPatternAddInteger(pattern.get(), FC_WEIGHT, weight);
     FcPatternAddBool(pattern.get(), FC_SCALABLE, FcTrue);
@@ -109,14 +137,10 @@ const font_face* match_face_with(char32_t sign, const face_request& request)
     return face && face->glyph_of(sign) != 0 ? face : nullptr;
 }
 
-// The style decides among the faces that have a sign.
-using face_style = std::tuple<bool, bool, bool>;
+// Weight and slant decide among the faces that have a sign.
+using face_style = std::pair<bool, bool>;
 
-face_style style_of(const face_request& request)
-{
-    return {request.weight >= FW_SEMIBOLD, request.italic,
-        std::string_view(generic_family(request.pitch_and_family)) == serif_family};
-}
+face_style style_of(const face_request& request) { return {request.weight >= FW_SEMIBOLD, request.italic}; }
 
 // Whether any installed font has a sign; much faster than a match that finds none.
 bool is_installed(char32_t sign)
@@ -154,15 +178,27 @@ font_face::font_face(FT_Face face)
     if (os2 && os2->version != 0xFFFF && os2->usWinAscent + os2->usWinDescent > 0) {
         ascent_ = os2->usWinAscent;
         descent_ = os2->usWinDescent;
-        average_width_ = os2->xAvgCharWidth;
     }
     if (hhea)
         external_leading_
             = std::max(0, hhea->Line_Gap - ((ascent_ + descent_) - (hhea->Ascender - hhea->Descender)));
-    if (average_width_ <= 0)
-        average_width_ = advance(glyph_of('x'));
+    average_width_ = weighted_average_width();
     if (ascent_ + descent_ <= 0)
         ascent_ = units_per_em();
+}
+
+// Newer fonts state the plain average of all glyphs; what the sizes of text were made for is the older
+// measure, the average weighted by how often letters occur (OpenType, OS/2 table, versions before 3).
+int font_face::weighted_average_width() const
+{
+    constexpr int weights[] = {
+        64, 14, 27, 35, 100, 20, 14, 42, 63, 3, 6, 35, 20, 56, 56, 17, 4, 49, 56, 71, 31, 10, 18, 3, 18, 2};
+    constexpr int space_weight = 166;
+    constexpr int all_weights = 1000;
+    int sum = advance(glyph_of(' ')) * space_weight;
+    for (char32_t letter = 'a'; letter <= 'z'; ++letter)
+        sum += advance(glyph_of(letter)) * weights[letter - 'a'];
+    return sum / all_weights;
 }
 
 font_face::~font_face() { FT_Done_Face(face_); }
@@ -206,9 +242,9 @@ const font_face* find_face(const face_request& request)
         return known->second;
     if (found.size() < max_families_looked_up)
         return found[request] = match_face(request);
-    face_request generic = request;
-    generic.family = generic_family(request.pitch_and_family);
-    const auto substitute = found.find(generic);
+    face_request general = request;
+    general.family = sans_family;
+    const auto substitute = found.find(general);
     return substitute != found.end() ? substitute->second : found.begin()->second;
 }
 

@@ -46,6 +46,8 @@ public:
     [[nodiscard]] bool has_kerning() const { return FT_HAS_KERNING(face_) != 0; }
 
 private:
+    [[nodiscard]] int weighted_average_width() const;
+
     FT_Face face_;
     bool symbol_codes_ = false;
     int ascent_ = 0;

@@ -37,6 +37,20 @@ constexpr substitute substitutes[] = {
     {"monotype sorts", "Dingbats"},
 };
 
+struct similar {
+    std::string_view face; // lower case
+    const char* family;
+};
+constexpr similar similar_families[] = {
+    {"verdana", "DejaVu Sans"},
+    {"ms reference sans serif", "DejaVu Sans"},
+    {"lucida sans unicode", "DejaVu Sans"},
+    {"lucida console", "DejaVu Sans Mono"},
+    {"tahoma", "Arial"},
+    {"arial unicode ms", "Arial"},
+    {"georgia", "Times New Roman"},
+};
+
 bool same_ignoring_case(std::string_view name, std::string_view lower_case)
 {
     return std::ranges::equal(name, lower_case, {},
@@ -51,6 +65,14 @@ std::string_view outline_family(std::string_view face)
         if (same_ignoring_case(face, entry.face))
             return entry.family;
     return face;
+}
+
+const char* similar_family(std::string_view face)
+{
+    for (const auto& entry : similar_families)
+        if (same_ignoring_case(face, entry.face))
+            return entry.family;
+    return nullptr;
 }
 
 } // namespace klv::gdi

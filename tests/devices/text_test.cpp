@@ -152,6 +152,23 @@ TEST(DeviceFont, KeepsItsSizeAtEveryResolutionAndRatio)
     }
 }
 
+TEST(DeviceFont, ExpandsHorizontally)
+{
+    text_device d;
+    const auto width = [&](double expansion) {
+        vFONTSPEC spec = font("Arial", 400);
+        spec.Expansion(vREAL(expansion));
+        d.device.FontSpec(spec);
+        EXPECT_EQ(d.device.GetCurFontDetail()->GetCharHeight(), 436);
+        return d.device.GetCurFontDetail()->GetDefStringWidth(d.device, "Expanded");
+    };
+    const int natural = width(0);
+    EXPECT_EQ(width(1), natural);
+    EXPECT_NEAR(width(2), 2 * natural, 0.02 * natural);
+    EXPECT_NEAR(width(0.5), 0.5 * natural, 0.02 * natural);
+    EXPECT_EQ(width(-3), natural);
+}
+
 TEST(DeviceFont, IsMeasuredAnewWhenTheRatioChanges)
 {
     text_device d;

@@ -51,6 +51,13 @@ TEST(FontCharset, TakesALeadByteWithoutItsTrailAlone)
     EXPECT_EQ(page.next("\x93 ").bytes, 1) << "a space is no trail byte";
 }
 
+TEST(FontCharset, TurnsNamesIntoUtf8)
+{
+    EXPECT_EQ(code_page::of_charset(ANSI_CHARSET).utf8("Caf\xE9"), "Caf\xC3\xA9");
+    EXPECT_EQ(code_page::of_charset(SHIFTJIS_CHARSET).utf8("\x82l"), "\xEF\xBC\xAD") << "full-width M";
+    EXPECT_EQ(code_page::of_charset(GB2312_CHARSET).utf8("\xCB\xCE\xCC\xE5"), "\xE5\xAE\x8B\xE4\xBD\x93");
+}
+
 TEST(FontCharset, TakesFaceNamesApart)
 {
     const struct {

@@ -76,6 +76,7 @@ TEST(Text, TakesNegativeHeightsAsCharactersAndPositiveOnesAsCells)
     EXPECT_EQ(metrics.tmHeight, 2288);
     EXPECT_EQ(metrics.tmInternalLeading, 240);
     EXPECT_EQ(metrics.tmExternalLeading, 67);
+    EXPECT_EQ(metrics.tmAveCharWidth, 904);
     EXPECT_EQ(metrics.tmPitchAndFamily & 0x0F, TMPF_TRUETYPE | TMPF_VECTOR | TMPF_FIXED_PITCH);
 
     canvas.font("Arial", 2288);
