@@ -1,0 +1,266 @@
+#include "platform/gdi/objects.h"
+#include "tests/platform/raster_canvas.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <vector>
+
+namespace klv {
+namespace {
+
+TEST(Contexts, SaveAndRestoreEveryAttribute)
+{
+    raster_canvas canvas(4, 4);
+    const HPEN pen = CreatePen(PS_SOLID, 3, red);
+    EXPECT_EQ(SaveDC(canvas), 1);
+    SelectObject(canvas, pen);
+    SetTextColor(canvas, green);
+    SetBkColor(canvas, blue);
+    SetBkMode(canvas, TRANSPARENT);
+    SetROP2(canvas, R2_XORPEN);
+    SetPolyFillMode(canvas, WINDING);
+    SetStretchBltMode(canvas, HALFTONE);
+    SetMapMode(canvas, MM_TWIPS);
+    MoveToEx(canvas, 9, 9, nullptr);
+    SetBrushOrgEx(canvas, 1, 2, nullptr);
+    EXPECT_EQ(SaveDC(canvas), 2);
+    EXPECT_EQ(SaveDC(canvas), 3);
+    EXPECT_FALSE(RestoreDC(canvas, 4));
+    EXPECT_FALSE(RestoreDC(canvas, 0));
+    EXPECT_FALSE(RestoreDC(canvas, -4));
+    EXPECT_TRUE(RestoreDC(canvas, 2));
+    EXPECT_EQ(GetROP2(canvas), R2_XORPEN);
+    EXPECT_TRUE(RestoreDC(canvas, -1));
+    EXPECT_EQ(GetCurrentObject(canvas, OBJ_PEN), GetStockObject(BLACK_PEN));
+    EXPECT_EQ(GetTextColor(canvas), black);
+    EXPECT_EQ(GetBkColor(canvas), white);
+    EXPECT_EQ(GetBkMode(canvas), OPAQUE);
+    EXPECT_EQ(GetROP2(canvas), R2_COPYPEN);
+    EXPECT_EQ(GetPolyFillMode(canvas), ALTERNATE);
+    EXPECT_EQ(GetStretchBltMode(canvas), BLACKONWHITE);
+    EXPECT_EQ(GetMapMode(canvas), MM_TEXT);
+    POINT at{};
+    GetCurrentPositionEx(canvas, &at);
+    EXPECT_EQ(at, (POINT{0, 0}));
+    GetBrushOrgEx(canvas, &at);
+    EXPECT_EQ(at, (POINT{0, 0}));
+    DeleteObject(pen);
+}
+
+TEST(Contexts, AnswerTheirCapabilities)
+{
+    const HDC screen = GetDC(nullptr);
+    EXPECT_EQ(GetDeviceCaps(screen, TECHNOLOGY), DT_RASDISPLAY);
+    EXPECT_EQ(GetDeviceCaps(screen, LOGPIXELSX), 96);
+    EXPECT_EQ(GetDeviceCaps(screen, BITSPIXEL), 32);
+    EXPECT_EQ(GetDeviceCaps(screen, NUMCOLORS), -1);
+    EXPECT_EQ(GetDeviceCaps(screen, HORZRES), GetSystemMetrics(SM_CXSCREEN));
+    EXPECT_EQ(ReleaseDC(nullptr, screen), 1);
+    EXPECT_EQ(GetDeviceCaps(screen, LOGPIXELSX), 0);
+
+    raster_canvas large(3000, 1, 1);
+    EXPECT_EQ(GetDeviceCaps(large, HORZRES), 3000);
+    EXPECT_EQ(GetDeviceCaps(large, BITSPIXEL), 1);
+    EXPECT_EQ(GetDeviceCaps(large, NUMCOLORS), 2);
+    EXPECT_TRUE(SetDeviceResolution(large, 384));
+    EXPECT_FALSE(SetDeviceResolution(large, 0));
+    EXPECT_EQ(GetDeviceCaps(large, LOGPIXELSY), 384);
+    const HDC like = CreateCompatibleDC(large);
+    EXPECT_EQ(GetDeviceCaps(like, LOGPIXELSX), 384);
+    SetMapMode(like, MM_LOENGLISH);
+    POINT inch{100, -100};
+    LPtoDP(like, &inch, 1);
+    EXPECT_EQ(inch, (POINT{384, 384}));
+    DeleteDC(like);
+    EXPECT_EQ(CreateDCA("PRINTER", nullptr, nullptr, nullptr), nullptr);
+}
+
+TEST(Contexts, MapCoordinatesBothWaysAndSaturate)
+{
+    raster_canvas canvas(1, 1);
+    SetMapMode(canvas, MM_ANISOTROPIC);
+    EXPECT_FALSE(SetWindowExtEx(canvas, 0, 5, nullptr));
+    SetWindowExtEx(canvas, 1000, -500, nullptr);
+    SetViewportExtEx(canvas, 333, 250, nullptr);
+    SetWindowOrgEx(canvas, 10, 20, nullptr);
+    SetViewportOrgEx(canvas, -7, 9, nullptr);
+    struct {
+        POINT logical, device;
+    } cases[] = {{{10, 20}, {-7, 9}}, {{1010, -480}, {326, 259}}, {{12, 21}, {-6, 8}}, {{8, 19}, {-8, 10}}};
+    for (const auto& c : cases) {
+        POINT p = c.logical;
+        LPtoDP(canvas, &p, 1);
+        EXPECT_EQ(p, c.device) << c.logical.x << ", " << c.logical.y;
+    }
+    POINT back{326, 259};
+    DPtoLP(canvas, &back, 1);
+    EXPECT_EQ(back, (POINT{1010, -480}));
+
+    SetWindowExtEx(canvas, 1, 1, nullptr);
+    SetViewportExtEx(canvas, INT32_MAX, INT32_MIN, nullptr);
+    POINT far{INT32_MIN, INT32_MIN};
+    LPtoDP(canvas, &far, 1);
+    EXPECT_EQ(far, (POINT{INT32_MIN, INT32_MAX}));
+
+    // Isotropic mapping keeps both scales alike: the larger viewport extent shrinks.
+    SetMapMode(canvas, MM_ISOTROPIC);
+    SetWindowExtEx(canvas, 100, 100, nullptr);
+    SetViewportExtEx(canvas, 400, -200, nullptr);
+    SIZE extent{};
+    GetViewportExtEx(canvas, &extent);
+    EXPECT_EQ(extent, (SIZE{200, -200}));
+}
+
+TEST(Contexts, ScreenKeepsWhatIsDrawn)
+{
+    ASSERT_TRUE(SetScreenSize(64, 48));
+    const HDC first = GetDC(nullptr);
+    SetPixel(first, 3, 4, red);
+    ReleaseDC(nullptr, first);
+    const HDC second = GetDC(nullptr);
+    EXPECT_EQ(GetPixel(second, 3, 4), red);
+    SetScreenSize(32, 16);
+    EXPECT_EQ(GetPixel(second, 3, 4), black);
+    EXPECT_EQ(GetPixel(second, 40, 4), CLR_INVALID);
+    ReleaseDC(nullptr, second);
+    SetScreenSize(1280, 1024);
+}
+
+// ---- Objects -------------------------------------------------------------------------------------------
+
+TEST(Objects, HandlesOfDeletedObjectsAreNotMistaken)
+{
+    const std::size_t before = gdi::object_count();
+    const HPEN pen = CreatePen(PS_SOLID, 1, red);
+    EXPECT_EQ(GetObjectType(pen), OBJ_PEN);
+    LOGPEN log{};
+    EXPECT_EQ(GetObjectA(pen, 0, nullptr), static_cast<INT>(sizeof log));
+    EXPECT_EQ(GetObjectA(pen, sizeof log, &log), static_cast<INT>(sizeof log));
+    EXPECT_EQ(log.lopnColor, red);
+    EXPECT_TRUE(DeleteObject(pen));
+    const HPEN next = CreatePen(PS_SOLID, 1, blue);
+    EXPECT_NE(pen, next);
+    EXPECT_EQ(GetObjectType(pen), 0U);
+    EXPECT_FALSE(DeleteObject(pen));
+    // A handle of one kind does not pass for another.
+    EXPECT_EQ(GetRgnBox(reinterpret_cast<HRGN>(next), nullptr), ERROR_REGION);
+    EXPECT_FALSE(DeleteDC(reinterpret_cast<HDC>(next)));
+    DeleteObject(next);
+    EXPECT_EQ(gdi::object_count(), before);
+
+    const HGDIOBJ stock = GetStockObject(BLACK_PEN);
+    EXPECT_TRUE(DeleteObject(stock));
+    EXPECT_EQ(GetObjectType(stock), OBJ_PEN);
+    EXPECT_EQ(GetStockObject(99), nullptr);
+    EXPECT_FALSE(DeleteObject(nullptr));
+}
+
+TEST(Objects, DeletedWhileSelectedTheyDrawUntilReplaced)
+{
+    raster_canvas canvas(2, 1);
+    const HBRUSH brush = CreateSolidBrush(red);
+    const HGDIOBJ old = SelectObject(canvas, brush);
+    EXPECT_TRUE(DeleteObject(brush));
+    PatBlt(canvas, 0, 0, 1, 1, PATCOPY);
+    EXPECT_EQ(canvas.art(), "\nr.");
+    SelectObject(canvas, old);
+    EXPECT_EQ(SelectObject(canvas, brush), nullptr);
+    EXPECT_EQ(GetCurrentObject(canvas, OBJ_BRUSH), old);
+}
+
+TEST(Objects, SelectingARegionClips)
+{
+    raster_canvas canvas(3, 1);
+    const HRGN region = CreateRectRgn(1, 0, 2, 1);
+    SelectObject(canvas, region);
+    DeleteObject(region);
+    PatBlt(canvas, 0, 0, 3, 1, BLACKNESS);
+    SelectClipRgn(canvas, nullptr);
+    EXPECT_EQ(canvas.art(), "\n.#.");
+}
+
+TEST(Objects, ImpossibleBitmapsAreRefused)
+{
+    EXPECT_EQ(CreateBitmap(0, 1, 1, 1, nullptr), nullptr);
+    EXPECT_EQ(CreateBitmap(1, -1, 1, 32, nullptr), nullptr);
+    EXPECT_EQ(CreateBitmap(1 << 20, 1 << 20, 1, 32, nullptr), nullptr);
+    EXPECT_EQ(CreateBitmap(1, 1, 1, 5, nullptr), nullptr);
+    EXPECT_EQ(CreateBitmap(1, 1, 4, 1, nullptr), nullptr);
+    EXPECT_EQ(CreateCompatibleBitmap(nullptr, 1, 1), nullptr);
+}
+
+// ---- Palettes and colours ------------------------------------------------------------------------------
+
+HPALETTE palette_of(const std::vector<PALETTEENTRY>& entries)
+{
+    std::vector<std::uint32_t> memory(entries.size() + 1);
+    auto* log = reinterpret_cast<LOGPALETTE*>(memory.data());
+    log->palVersion = LOGPALETTE_VERSION;
+    log->palNumEntries = static_cast<WORD>(entries.size());
+    std::memcpy(log->palPalEntry, entries.data(), entries.size() * sizeof(PALETTEENTRY));
+    return CreatePalette(log);
+}
+
+TEST(Palettes, AnswerNearestEntriesAndChange)
+{
+    const HPALETTE palette = palette_of({{0, 0, 0, 0}, {250, 10, 10, PC_RESERVED}, {10, 10, 250, 0}});
+    EXPECT_EQ(GetNearestPaletteIndex(palette, red), 1U);
+    EXPECT_EQ(GetNearestPaletteIndex(palette, RGB(20, 20, 20)), 0U);
+    const PALETTEENTRY greens[] = {{0, 200, 0, PC_RESERVED}, {0, 255, 0, 0}};
+    EXPECT_TRUE(AnimatePalette(palette, 1, 2, greens));
+    EXPECT_EQ(GetNearestPaletteIndex(palette, green), 1U);
+    EXPECT_EQ(GetNearestPaletteIndex(palette, blue), 2U); // not reserved: stayed
+    EXPECT_EQ(SetPaletteEntries(palette, 2, 9, greens), 1U);
+    EXPECT_TRUE(ResizePalette(palette, 4));
+    std::array<PALETTEENTRY, 4> read{};
+    EXPECT_EQ(GetPaletteEntries(palette, 0, 9, read.data()), 4U);
+    EXPECT_EQ(read[2], greens[0]);
+    EXPECT_EQ(read[3], (PALETTEENTRY{0, 0, 0, 0}));
+    EXPECT_FALSE(AnimatePalette(static_cast<HPALETTE>(GetStockObject(DEFAULT_PALETTE)), 0, 1, greens));
+
+    // Colours can be given by index.
+    raster_canvas canvas(1, 1);
+    SelectPalette(canvas, palette, FALSE);
+    SetPixel(canvas, 0, 0, PALETTEINDEX(2));
+    EXPECT_EQ(GetPixel(canvas, 0, 0), RGB(0, 200, 0));
+    DeleteObject(palette);
+}
+
+TEST(Palettes, RealisingFillsTheScreensFreeEntries)
+{
+    ASSERT_TRUE(SetScreenDepth(8));
+    const HDC screen = GetDC(nullptr);
+    EXPECT_EQ(GetDeviceCaps(screen, SIZEPALETTE), 256);
+    EXPECT_EQ(GetNearestColor(screen, RGB(250, 3, 3)), red); // a static colour
+    const HPALETTE palette = palette_of({{250, 3, 3, 0}, {255, 0, 0, 0}, {255, 0, 0, PC_NOCOLLAPSE}});
+    SelectPalette(screen, palette, FALSE);
+    EXPECT_EQ(RealizePalette(screen), 2U);
+    EXPECT_EQ(RealizePalette(screen), 0U);
+    EXPECT_EQ(GetNearestColor(screen, RGB(250, 3, 3)), RGB(250, 3, 3));
+    PALETTEENTRY entries[2] = {};
+    EXPECT_EQ(GetSystemPaletteEntries(screen, 10, 2, entries), 2U);
+    EXPECT_EQ(entries[0], (PALETTEENTRY{250, 3, 3, 0}));
+    EXPECT_EQ(entries[1], (PALETTEENTRY{255, 0, 0, 0}));
+    ReleaseDC(nullptr, screen);
+    DeleteObject(palette);
+    SetScreenDepth(32);
+}
+
+TEST(Palettes, NearestColoursFollowTheSurface)
+{
+    raster_canvas deep(1, 1);
+    raster_canvas sixteen(1, 1, 16);
+    raster_canvas flat(1, 1, 1);
+    const COLORREF odd = RGB(160, 232, 203);
+    EXPECT_EQ(GetNearestColor(deep, odd), odd);
+    EXPECT_EQ(GetNearestColor(flat, odd), white);
+    const COLORREF near = GetNearestColor(sixteen, odd);
+    EXPECT_EQ(near, SetPixel(sixteen, 0, 0, odd));
+    EXPECT_EQ(near, GetNearestColor(sixteen, near));
+    EXPECT_NEAR(GetRValue(near), 160, 8);
+}
+
+} // namespace
+} // namespace klv
