@@ -6,6 +6,8 @@
 #include "geometry/shape.h"
 #include "platform/types.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -14,73 +16,137 @@
 /// the chord, everything in 1/1024 pixel.
 namespace klv {
 
-/// A point in 1/1024 pixel.
-struct fine_point {
-    std::int64_t x;
-    std::int64_t y;
+/// A point in 1/1024 pixel; with 32-bit coordinates none is negative.
+template <class Coordinate> struct fine_point {
+    Coordinate x;
+    Coordinate y;
 };
 
 inline constexpr int fine_bits = 10;
+inline constexpr std::int32_t fine_scale = 1 << fine_bits;
+
+/// Curves between 0 and this many pixels are divided in 32 bits; there two coordinates can be added, and
+/// shifting truncates as a division does.
+inline constexpr std::int32_t page_size = 1 << 20;
 
 /// Sub-curves are halved no further at this depth, so that a curve gives at most 128 pieces.
 inline constexpr int max_curve_depth = 8;
 
-inline fine_point to_fine(const POINT& p) noexcept
+template <class Coordinate> fine_point<Coordinate> to_fine(const POINT& p) noexcept
 {
-    constexpr std::int64_t scale = std::int64_t{1} << fine_bits;
-    return {p.x * scale, p.y * scale};
+    return {p.x * Coordinate{fine_scale}, p.y * Coordinate{fine_scale}};
 }
 
-inline POINT to_pixels(const fine_point& p) noexcept
+/// A coordinate, or the sum of two, divided by 2 to a power, truncated toward zero.
+constexpr std::int32_t divide_by_power(std::int32_t value, int power) noexcept { return value >> power; }
+constexpr std::int64_t divide_by_power(std::int64_t value, int power) noexcept
 {
-    constexpr std::int64_t scale = std::int64_t{1} << fine_bits;
-    return {static_cast<LONG>(p.x / scale), static_cast<LONG>(p.y / scale)};
+    return value / (std::int64_t{1} << power);
 }
 
-/// Half way between two points, truncated toward zero.
-inline fine_point MidPoint(const fine_point& a, const fine_point& b) noexcept
+template <class Coordinate> POINT to_pixels(fine_point<Coordinate> p) noexcept
 {
-    return {(a.x + b.x) / 2, (a.y + b.y) / 2};
+    return {static_cast<LONG>(divide_by_power(p.x, fine_bits)),
+        static_cast<LONG>(divide_by_power(p.y, fine_bits))};
 }
 
-/// Whether control point b lies so close to the chord from a to c that the curve may be drawn as the chord:
-/// within three quarters of a pixel, or both b and c within two pixels of a.
-inline bool IsBezierStraight(const fine_point& a, const fine_point& b, const fine_point& c) noexcept
+/// Half way between two points.
+template <class Coordinate>
+fine_point<Coordinate> MidPoint(fine_point<Coordinate> a, fine_point<Coordinate> b) noexcept
 {
-    constexpr std::int64_t near_start = std::int64_t{2} << fine_bits;
-    constexpr int test_shift = 8; // quarter pixels
-    const auto is_near = [](std::int64_t d) { return -near_start < d && d < near_start; };
+    return {divide_by_power(a.x + b.x, 1), divide_by_power(a.y + b.y, 1)};
+}
 
-    const fine_point control{b.x - a.x, b.y - a.y};
-    const fine_point chord{c.x - a.x, c.y - a.y};
-    if (is_near(control.x) && is_near(control.y) && is_near(chord.x) && is_near(chord.y))
-        return true;
+/// The chord of a curve, and how far off it control points may lie.
+template <class Coordinate> class curve_chord {
+public:
+    curve_chord(fine_point<Coordinate> from, fine_point<Coordinate> to) noexcept
+        : from_(from)
+        , short_(is_near(to.x - from.x) && is_near(to.y - from.y))
+        , x_((to.x - from.x) >> test_shift)
+        , y_((to.y - from.y) >> test_shift)
+        , limit_(3 * std::max(x_ < 0 ? -x_ : x_, y_ < 0 ? -y_ : y_))
+    {
+    }
 
-    const std::int64_t ux = control.x >> test_shift;
-    const std::int64_t uy = control.y >> test_shift;
-    const std::int64_t vx = chord.x >> test_shift;
-    const std::int64_t vy = chord.y >> test_shift;
-    const std::int64_t cross = ux * vy - uy * vx;
-    const std::int64_t longest = std::max(vx < 0 ? -vx : vx, vy < 0 ? -vy : vy);
-    return (cross < 0 ? -cross : cross) < 3 * longest;
+    /// Whether a control point lies within three quarters of a pixel of the chord, or both it and the end
+    /// of the curve within two pixels of its start.
+    bool allows(fine_point<Coordinate> control) const noexcept
+    {
+        const Coordinate dx = control.x - from_.x;
+        const Coordinate dy = control.y - from_.y;
+        const std::int64_t cross = (dx >> test_shift) * y_ - (dy >> test_shift) * x_;
+        return (cross < 0 ? -cross : cross) < limit_ || (short_ && is_near(dx) && is_near(dy));
+    }
+
+private:
+    static constexpr int test_shift = 8; // quarter pixels
+    static bool is_near(Coordinate d) noexcept { return -2 * fine_scale < d && d < 2 * fine_scale; }
+
+    fine_point<Coordinate> from_;
+    bool short_;
+    std::int64_t x_;
+    std::int64_t y_;
+    std::int64_t limit_;
+};
+
+/// Whether control point b of a curve from a to c lies so close to the chord that it bends nothing.
+template <class Coordinate>
+bool IsBezierStraight(fine_point<Coordinate> a, fine_point<Coordinate> b, fine_point<Coordinate> c) noexcept
+{
+    return curve_chord<Coordinate>(a, c).allows(b);
 }
 
 /// Hands the pieces of a curve, in pixels, to segment(from, to) in order. \return the sum of its answers
-template <class Segment>
-int DivideBezier(const fine_point& p0, const fine_point& p1, const fine_point& p2, const fine_point& p3,
-    Segment&& segment, int depth = 1) noexcept
+template <class Coordinate, class Segment>
+int DivideBezier(fine_point<Coordinate> p0, fine_point<Coordinate> p1, fine_point<Coordinate> p2,
+    fine_point<Coordinate> p3, Segment& segment) noexcept
 {
-    if (depth >= max_curve_depth || (IsBezierStraight(p0, p1, p3) && IsBezierStraight(p0, p2, p3)))
-        return segment(to_pixels(p0), to_pixels(p3));
+    using fine = fine_point<Coordinate>;
+    // What is left of a sub-curve whose start has been reached.
+    struct rest {
+        fine p1, p2, p3;
+        int depth;
+    };
+    std::array<rest, max_curve_depth> later;
+    std::size_t waiting = 0;
+    rest curve{p1, p2, p3, 1};
+    POINT from = to_pixels(p0);
+    int count = 0;
+    for (;;) {
+        const curve_chord<Coordinate> chord(p0, curve.p3);
+        if (curve.depth < max_curve_depth && !(chord.allows(curve.p1) && chord.allows(curve.p2))) {
+            const fine p01 = MidPoint(p0, curve.p1);
+            const fine p12 = MidPoint(curve.p1, curve.p2);
+            const fine p23 = MidPoint(curve.p2, curve.p3);
+            const fine p012 = MidPoint(p01, p12);
+            const fine p123 = MidPoint(p12, p23);
+            later[waiting++] = {p123, p23, curve.p3, curve.depth + 1};
+            curve = {p01, p012, MidPoint(p012, p123), curve.depth + 1};
+            continue;
+        }
+        const POINT to = to_pixels(curve.p3);
+        count += segment(from, to);
+        if (waiting == 0)
+            return count;
+        from = to;
+        p0 = curve.p3;
+        curve = later[--waiting];
+    }
+}
 
-    const fine_point p01 = MidPoint(p0, p1);
-    const fine_point p12 = MidPoint(p1, p2);
-    const fine_point p23 = MidPoint(p2, p3);
-    const fine_point p012 = MidPoint(p01, p12);
-    const fine_point p123 = MidPoint(p12, p23);
-    const fine_point middle = MidPoint(p012, p123);
-    const int left = DivideBezier(p0, p01, p012, middle, segment, depth + 1);
-    return left + DivideBezier(middle, p123, p23, p3, segment, depth + 1);
+/// The same for points in pixels.
+template <class Segment>
+int DivideBezier(
+    const POINT& p0, const POINT& p1, const POINT& p2, const POINT& p3, Segment&& segment) noexcept
+{
+    const auto is_on_page
+        = [](const POINT& p) { return 0 <= p.x && p.x < page_size && 0 <= p.y && p.y < page_size; };
+    if (is_on_page(p0) && is_on_page(p1) && is_on_page(p2) && is_on_page(p3))
+        return DivideBezier(to_fine<std::int32_t>(p0), to_fine<std::int32_t>(p1), to_fine<std::int32_t>(p2),
+            to_fine<std::int32_t>(p3), segment);
+    return DivideBezier(to_fine<std::int64_t>(p0), to_fine<std::int64_t>(p1), to_fine<std::int64_t>(p2),
+        to_fine<std::int64_t>(p3), segment);
 }
 
 /// Whether the direction turns at b, on the way from a to c, by more than about 6 degrees. Two equal points
@@ -197,7 +263,7 @@ private:
 
     void flatten(const POINT& control1, const POINT& control2, const POINT& to) noexcept
     {
-        count_ += DivideBezier(to_fine(current_), to_fine(control1), to_fine(control2), to_fine(to),
+        count_ += DivideBezier(current_, control1, control2, to,
             [this](const POINT& a, const POINT& b) { return sink_.segment(a, b); });
         before_ = control2;
         current_ = to;

@@ -184,6 +184,31 @@ TEST(Figures, HairlinesKeepTheirWeightAtAMultipleOfTheResolution)
     EXPECT_EQ(paper.count(0), 24 * 4);
 }
 
+TEST(Figures, DrawingAgainAllocatesNothing)
+{
+    surface paper(100, 100);
+    vDEVICE device(paper.dc());
+    const vELPSSHAPE ellipse(vRECT(5, 5, 95, 80));
+    std::vector<vPOINT> points;
+    for (int i = 0; i < 500; ++i)
+        points.emplace_back(i * 37 % 100, i * 61 % 100);
+    const auto draw = [&] {
+        for (const vFILLTYPE type : {vFILL_SOLID, vFILL_HATCH_FIRST}) {
+            for (const int width : {1, 3, 12}) {
+                device.LineSpec(line(width, vCORNER_ROUND));
+                device.FillSpec(fill(type, red));
+                device.DrawShape(ellipse);
+                device.DrawLine(std::span<const vPOINT>(points));
+                device.DrawLine(points[0], points[1]);
+            }
+        }
+    };
+    draw();
+    const std::uint64_t before = vMemAllocations();
+    draw();
+    EXPECT_EQ(vMemAllocations(), before);
+}
+
 TEST(Figures, AnyCoordinatesAreDrawnWithoutHarm)
 {
     constexpr int far = INT32_MAX;

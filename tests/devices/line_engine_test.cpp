@@ -91,12 +91,11 @@ int pieces_of(
     const POINT& p0, const POINT& p1, const POINT& p2, const POINT& p3, std::vector<POINT>* ends = nullptr)
 {
     std::vector<POINT> found;
-    const int count = DivideBezier(
-        to_fine(p0), to_fine(p1), to_fine(p2), to_fine(p3), [&](const POINT& from, const POINT& to) {
-            EXPECT_EQ(from, found.empty() ? p0 : found.back());
-            found.push_back(to);
-            return 1;
-        });
+    const int count = DivideBezier(p0, p1, p2, p3, [&](const POINT& from, const POINT& to) {
+        EXPECT_EQ(from, found.empty() ? p0 : found.back());
+        found.push_back(to);
+        return 1;
+    });
     if (ends)
         *ends = found;
     return count;
