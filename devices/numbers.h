@@ -13,7 +13,7 @@ namespace klv {
 inline constexpr std::int32_t max_device_coordinate = 1 << 27;
 
 /// What the integer sines and cosines are scaled by.
-inline constexpr double trigonometric_scale = 25600.0;
+inline constexpr int trigonometric_scale = 25600;
 
 constexpr std::int32_t clamp_coordinate(std::int64_t value) noexcept
 {

@@ -44,8 +44,8 @@ int LISTINFO::AppendLineSeg(const POINT& from, const POINT& to) noexcept
 
 void LISTINFO::RotatePoints(const POINT& centre, int degrees) noexcept
 {
-    const double sine = Sin(static_cast<short>(degrees)) / trigonometric_scale;
-    const double cosine = Cos(static_cast<short>(degrees)) / trigonometric_scale;
+    const double sine = Sin(static_cast<short>(degrees)) / double{trigonometric_scale};
+    const double cosine = Cos(static_cast<short>(degrees)) / double{trigonometric_scale};
     for (POINT& point : points_) {
         const double dx = point.x - static_cast<double>(centre.x) - 0.25;
         const double dy = point.y - static_cast<double>(centre.y) - 0.25;
