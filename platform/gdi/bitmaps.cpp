@@ -11,8 +11,6 @@ namespace klv {
 
 namespace gdi {
 
-bitmap_object::~bitmap_object() = default;
-
 INT bitmap_object::describe(INT size, void* buffer) const
 {
     DIBSECTION d{};

@@ -311,8 +311,8 @@ HBITMAP CreateCompatibleBitmap(HDC dc, INT width, INT height) noexcept;
 inline constexpr DWORD CBM_INIT = 4;
 HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD init, const void* bits,
     const BITMAPINFO* info, UINT usage) noexcept;
-/// A bitmap whose pixels the caller can reach through *bits. section, when not null, is a file mapping that
-/// holds the pixels from offset on.
+/// A bitmap whose pixels the caller can reach through *bits. File mappings are not taken: section must be
+/// null.
 HBITMAP CreateDIBSection(
     HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset) noexcept;
 UINT GetDIBColorTable(HDC dc, UINT first, UINT count, RGBQUAD* colours) noexcept;

@@ -4,20 +4,21 @@
 
 namespace klv::gdi {
 
+// Figures come row by row, so the band asked for is mostly the one at hand or the next.
 void clip_stage::find_band(std::int32_t y)
 {
     if (band_ < band_end_ && boxes_[band_].y1 <= y && y < boxes_[band_].y2)
         return;
-    const auto first
-        = std::partition_point(boxes_.begin(), boxes_.end(), [y](const box& b) { return b.y2 <= y; });
+    auto first = boxes_.begin() + static_cast<std::ptrdiff_t>(band_end_);
+    const bool is_next = first != boxes_.end() && first->y1 <= y && y < first->y2;
+    if (!is_next)
+        first = std::partition_point(boxes_.begin(), boxes_.end(), [y](const box& b) { return b.y2 <= y; });
     band_ = static_cast<std::size_t>(first - boxes_.begin());
     band_end_ = band_;
     if (first == boxes_.end() || first->y1 > y)
         return;
-    // Bands are found by their common top, which is sorted too.
-    const auto last
-        = std::partition_point(first, boxes_.end(), [top = first->y1](const box& b) { return b.y1 <= top; });
-    band_end_ = static_cast<std::size_t>(last - boxes_.begin());
+    while (band_end_ < boxes_.size() && boxes_[band_end_].y1 == first->y1)
+        ++band_end_;
 }
 
 void clip_stage::draw(std::span<const span> spans)

@@ -87,7 +87,6 @@ struct bitmap_object : gdi_object {
         : gdi_object(kind_id)
     {
     }
-    ~bitmap_object() override;
     INT describe(INT size, void* buffer) const override;
 
     /// Lays the surface over memory whose rows are padded to 4 bytes.
@@ -96,12 +95,9 @@ struct bitmap_object : gdi_object {
 
     surface pixels;
     std::uint8_t* first = nullptr; ///< lowest address of the pixels
-    std::unique_ptr<std::uint8_t[]> memory; ///< null for a section of a file mapping
-    void* view = nullptr; ///< the mapped view of such a section, unmapped with the bitmap
+    std::unique_ptr<std::uint8_t[]> memory;
     bool section = false; ///< made by CreateDIBSection: bits can be reached from outside
     bool top_down = false;
-    HANDLE mapping = nullptr;
-    DWORD mapping_offset = 0;
     HDC selected_into = nullptr; ///< a bitmap is selected into one context at a time
 };
 

@@ -259,6 +259,32 @@ TEST(Figures, MappingModesScaleFiguresAndPens)
 ............)");
 }
 
+TEST(Figures, FloodsStopAtTheirBorders)
+{
+    struct {
+        UINT type;
+        COLORREF colour;
+        const char* art;
+    } cases[] = {
+        {FLOODFILLBORDER, black, "\nrrrr#\n###r#\n..#r#\n.##rr"},
+        {FLOODFILLSURFACE, white, "\nrrrr#\n###r#\n..#r#\n.##rr"},
+    };
+    for (const auto& c : cases) {
+        raster_canvas canvas(5, 4);
+        const POINT wall[] = {{0, 1}, {2, 1}, {2, 3}, {0, 3}};
+        Polyline(canvas, wall, 4);
+        const POINT side[] = {{4, 0}, {4, 3}};
+        Polyline(canvas, side, 2);
+        SetPixel(canvas, 0, 3, white);
+        SetPixel(canvas, 1, 3, black);
+        const auto brush = use_brush(canvas, red);
+        EXPECT_TRUE(ExtFloodFill(canvas, 0, 0, c.colour, c.type));
+        EXPECT_EQ(canvas.art(), c.art);
+        EXPECT_FALSE(ExtFloodFill(canvas, 4, 0, c.colour, c.type));
+        EXPECT_FALSE(ExtFloodFill(canvas, 5, 0, c.colour, c.type));
+    }
+}
+
 TEST(Figures, NullAndBadArgumentsDoNothing)
 {
     raster_canvas canvas(4, 4);
