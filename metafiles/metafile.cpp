@@ -287,7 +287,9 @@ void vMETAFILE::DrawDIB(const oDIB& bitmap, oDIBCONTEXT& context, vRECT* rect, i
     if (!stream_)
         return;
     bitmap_record fields;
-    fields.destination = rect ? *rect : context.GetDstRect();
+    // A turned bitmap is stored as it looks in the bounds of its destination.
+    const vRECT& place = context.GetRotAngle() != 0 ? context.GetBoundingRect() : context.GetDstRect();
+    fields.destination = rect ? *rect : place;
     fields.transparency = context.GetTransparency();
     fields.transparent_colour = context.GetTransColour();
     fields.threshold = context.GetTransThreshold();

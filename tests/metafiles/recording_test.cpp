@@ -5,6 +5,7 @@
 #include "images/dib_context.h"
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
+#include "metafiles/record_cursor.h"
 #include "tests/metafiles/picture_bytes.h"
 
 namespace klv {
@@ -117,6 +118,57 @@ TEST(Recording, WritesBitmapsWithDestinationAndTransparency)
     const oMEMDIB nothing(0);
     picture.DrawDIB(nothing, context, nullptr, 0);
     EXPECT_EQ(stream.Size(), vMETAFILE::header_size) << "nobody could read an empty bitmap back";
+}
+
+metafile_record first_record(vMETAFILE& picture)
+{
+    record_cursor cursor(picture);
+    metafile_record first;
+    EXPECT_TRUE(cursor.next(first));
+    return first;
+}
+
+// What is stored of an 8 x 4 bitmap, black but for a white pixel in the lower left corner.
+bitmap_record stored_bitmap(const vRECT& place, const vRECT* source, double angle, int flip_h, int small,
+    vTRANSPARENCYTYPE transparency = vTRANSPARENCY_NONE)
+{
+    oMEMDIB dib(8, 4, 24, oMODEL_RGB24, 0);
+    std::vector<std::uint8_t> line(24);
+    line[0] = line[1] = line[2] = 255;
+    dib.SetImageLines(line.data(), oMODEL_RGB24, 0, 1);
+    vIMAGECOLOUR colour;
+    colour.SetTransparency(transparency);
+    oDIBCONTEXT context(8, 4, &place, source, angle, flip_h, 0, colour, vTILEINFO());
+    vMETAFILE picture;
+    picture.DrawDIB(dib, context, nullptr, small);
+    auto record = first_record(picture);
+    return std::move(std::get<bitmap_record>(record));
+}
+
+TEST(Recording, StoresBitmapsAsTheyWillLook)
+{
+    const vRECT place(0, 0, 100, 100);
+    const bitmap_record plain = stored_bitmap(place, nullptr, 0, 0, 1, vTRANSPARENCY_WHITE);
+    EXPECT_EQ(plain.bitmap->Width(), 8) << "nothing is changed, so nothing is resampled";
+    EXPECT_EQ(plain.bitmap->Height(), 4);
+    EXPECT_EQ(plain.bitmap->line(0)[0], 255);
+
+    const bitmap_record flipped = stored_bitmap(vRECT(0, 0, 80, 40), nullptr, 0, 1, 0);
+    EXPECT_EQ(flipped.bitmap->Width(), 8);
+    EXPECT_EQ(flipped.bitmap->line(0)[0], 0);
+    EXPECT_EQ(flipped.bitmap->line(0)[21], 255);
+
+    // The longer side of the box keeps the pixels of the source's longer side.
+    const vRECT part(0, 0, 4, 4);
+    const bitmap_record cut = stored_bitmap(vRECT(0, 0, 100, 50), &part, 0, 0, 0);
+    EXPECT_EQ(cut.bitmap->Width(), 4);
+    EXPECT_EQ(cut.bitmap->Height(), 2);
+
+    const bitmap_record upright = stored_bitmap(vRECT(0, 0, 80, 40), nullptr, 90, 0, 0);
+    EXPECT_NEAR(upright.bitmap->Width(), 4, 1);
+    EXPECT_NEAR(upright.bitmap->Height(), 8, 1);
+    EXPECT_NEAR(upright.destination.Width(), 40, 1);
+    EXPECT_NEAR(upright.destination.Height(), 80, 1);
 }
 
 TEST(Recording, LongLinesBecomeSeveralThatMeet)
