@@ -185,15 +185,20 @@ void wmf_reader::select_brush()
         picture_.FillSpec(fill);
 }
 
+wmf_text_size wmf_reader::text_size(const wmf_font_object& font) const
+{
+    const int height = std::abs(state_.mapping.map_height(font.file_height));
+    return {font.character_height ? -height : height, std::abs(state_.mapping.map_width(font.file_width))};
+}
+
 void wmf_reader::select_font()
 {
     if (!state_.font)
         return;
     const auto& font = *state_.font;
     if (faithful_) {
-        const int height = state_.mapping.map_height(font.file_height);
-        const int signed_height = font.character_height ? -std::abs(height) : std::abs(height);
-        picture_.FontSpec(faithful_font(font, measurer_.measure(font, signed_height).em));
+        const auto& measures = measurer_.measure(font, text_size(font));
+        picture_.FontSpec(faithful_font(font, measures.em, measures.expansion));
         return;
     }
     picture_.FontSpec(vFONTSPEC(font.face, vFONT_NORMAL, font.height, vREAL(), 100,

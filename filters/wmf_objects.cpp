@@ -58,6 +58,7 @@ wmf_font_object read_wmf_font(byte_reader& in)
     wmf_read(in, record);
     wmf_font_object font;
     font.file_height = record.height;
+    font.file_width = record.width;
     font.character_height = record.height < 0;
     font.bold = record.weight > bold_from_weight;
     font.italic = record.italic();

@@ -33,6 +33,7 @@ struct wmf_font_object {
     vSTRING face;
     int height = 0; ///< picture units, never negative, as scaled when the font was made
     int file_height = 0; ///< as the file says, with its sign
+    int file_width = 0; ///< average character width as the file says; 0 for the face's own
     bool character_height = false; ///< the file's height was negative
     bool bold = false;
     bool italic = false;

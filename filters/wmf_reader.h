@@ -95,6 +95,7 @@ private:
     void select_pen();
     void select_brush();
     void select_font();
+    wmf_text_size text_size(const wmf_font_object& font) const;
     int pen_width(const wmf_pen_object& pen) const;
 
     // Figures.

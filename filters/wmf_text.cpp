@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <numbers>
 
+#include "platform/gdi/font_charset.h"
 #include "platform/gdi/gdi.h"
 
 namespace klv {
@@ -17,29 +18,13 @@ constexpr int measured_em = 1024;
 // vDEVICE::ActivateFont).
 constexpr double realised_part_of_height = 72.0 / 96.0 * 1.3;
 
+// File widths are whole units: what differs less from the face's own width means that width.
+constexpr double smallest_expansion = 0.03;
+
 constexpr std::uint16_t horizontal_mask = TA_CENTER;
 constexpr std::uint16_t vertical_mask = TA_BASELINE;
 
 double radians(int escapement) { return escapement * std::numbers::pi / 1800; }
-
-// The face under the name that stands for one of its character sets.
-vSTRING face_of_charset(const vSTRING& face, std::uint8_t charset)
-{
-    switch (charset) {
-    case GREEK_CHARSET:
-        return face + vSTRING(" Greek");
-    case TURKISH_CHARSET:
-        return face + vSTRING(" TUR");
-    case BALTIC_CHARSET:
-        return face + vSTRING(" Baltic");
-    case RUSSIAN_CHARSET:
-        return face + vSTRING(" CYR");
-    case EASTEUROPE_CHARSET:
-        return face + vSTRING(" CE");
-    default:
-        return face;
-    }
-}
 
 bool same_face(const wmf_font_object& a, const wmf_font_object& b)
 {
@@ -74,7 +59,7 @@ void wmf_text_measurer::load(const wmf_font_object& font)
 {
     if (!dc_)
         dc_ = CreateCompatibleDC(nullptr);
-    const vFONTSPEC spec = faithful_font(font, measured_em);
+    const vFONTSPEC spec = faithful_font(font, measured_em, 1);
     LOGFONTA description{};
     description.lfHeight = -measured_em;
     description.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
@@ -100,32 +85,39 @@ void wmf_text_measurer::load(const wmf_font_object& font)
     cell_ = std::max(unit_.ascent + unit_.descent, 0.1);
     loaded_ = font;
     is_loaded_ = true;
-    measured_height_ = 0;
+    average_ = static_cast<double>(metrics.tmAveCharWidth) / measured_em;
+    measured_ = {};
 }
 
-const wmf_text_measures& wmf_text_measurer::measure(const wmf_font_object& font, int height)
+const wmf_text_measures& wmf_text_measurer::measure(const wmf_font_object& font, const wmf_text_size& size)
 {
     if (!is_loaded_ || !same_face(font, loaded_))
         load(font);
-    if (height == measured_height_ && height != 0)
+    if (size == measured_ && size.height != 0)
         return scaled_;
-    measured_height_ = height;
-    const double em = height < 0 ? -static_cast<double>(height) : height / cell_;
+    measured_ = size;
+    const double em = size.height < 0 ? -static_cast<double>(size.height) : size.height / cell_;
+    const double natural = average_ * em;
     scaled_.em = em;
+    scaled_.expansion = size.width != 0 && natural > 0 ? std::abs(size.width / natural) : 1;
+    if (std::abs(scaled_.expansion - 1) < smallest_expansion)
+        scaled_.expansion = 1;
     scaled_.ascent = unit_.ascent * em;
     scaled_.descent = unit_.descent * em;
     std::transform(unit_.advance.begin(), unit_.advance.end(), scaled_.advance.begin(),
-        [em](double w) { return w * em; });
+        [this, em](double w) { return w * em * scaled_.expansion; });
     return scaled_;
 }
 
-vFONTSPEC faithful_font(const wmf_font_object& font, double em)
+vFONTSPEC faithful_font(const wmf_font_object& font, double em, double expansion)
 {
     const auto style = static_cast<vFONTSTYLE>(
         (font.bold ? vFONT_BOLD : vFONT_NORMAL) | (font.italic ? vFONT_ITALIC : vFONT_NORMAL));
     const int height = std::max(1, rounded(em / realised_part_of_height));
-    return vFONTSPEC(face_of_charset(font.face, font.charset), style, height, vREAL(), 100,
-        vFONT_CHARACTER_HEIGHT, vANGLE(font.escapement / 10.0));
+    const std::string face = face_name_with_charset(font.face.View(), font.charset);
+    const vREAL stretch = expansion != 1 ? vREAL(std::min(expansion, 100.0)) : vREAL();
+    return vFONTSPEC(vSTRING(std::string_view(face)), style, height, stretch, 100, vFONT_CHARACTER_HEIGHT,
+        vANGLE(font.escapement / 10.0));
 }
 
 vPOINT along_baseline(const vPOINT& start, int escapement, double distance)

@@ -130,8 +130,7 @@ void wmf_reader::faithful_text(
     std::string_view characters, vPOINT point, std::span<const std::uint8_t> spacing)
 {
     const auto& font = *state_.font;
-    const int height = std::abs(state_.mapping.map_height(font.file_height));
-    const auto& measures = measurer_.measure(font, font.character_height ? -height : height);
+    const auto& measures = measurer_.measure(font, text_size(font));
     const bool spaced = spacing.size() / 2 >= characters.size();
     byte_reader distances(spacing);
     double width = 0;

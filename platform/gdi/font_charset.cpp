@@ -1,5 +1,6 @@
 #include "platform/gdi/font_charset.h"
 
+#include "platform/gdi/symbol_tables.h"
 #include "platform/gdi/text.h"
 
 #include <algorithm>
@@ -11,13 +12,15 @@
 namespace klv::gdi {
 namespace {
 
+constexpr const char* ansi_code_page = "CP1252";
+
 struct charset_entry {
     std::uint8_t charset;
     const char* code_page; // as iconv calls it
     std::string_view face_suffix;
 };
-// The suffixes are those under which the platform installs substitute names of its faces; the East Asian
-// and OEM sets have none there and get their own.
+// The suffixes are those under which the platform installs substitute names of its faces; the East Asian,
+// OEM and symbol sets have none there and get their own.
 constexpr charset_entry charsets[] = {
     {EASTEUROPE_CHARSET, "CP1250", " CE"},
     {RUSSIAN_CHARSET, "CP1251", " CYR"},
@@ -35,8 +38,8 @@ constexpr charset_entry charsets[] = {
     {CHINESEBIG5_CHARSET, "CP950", " (Big5)"},
     {MAC_CHARSET, "MACINTOSH", " (Mac)"},
     {OEM_CHARSET, "CP437", " (OEM)"},
+    {SYMBOL_CHARSET, ansi_code_page, " (Symbol)"},
 };
-constexpr const char* ansi_code_page = "CP1252";
 
 struct face_charset {
     std::string_view face;
@@ -210,10 +213,13 @@ face_and_charset split_face_name(std::string_view name, std::uint8_t charset)
 
 namespace klv {
 
-std::string_view charset_face_suffix(std::uint8_t charset) noexcept
+std::string face_name_with_charset(std::string_view face, std::uint8_t charset)
 {
+    std::string name(face);
     const auto* entry = std::ranges::find(gdi::charsets, charset, &gdi::charset_entry::charset);
-    return entry != std::end(gdi::charsets) ? entry->face_suffix : std::string_view{};
+    if (entry != std::end(gdi::charsets) && !gdi::symbol_set_of_face(face))
+        name += entry->face_suffix;
+    return name;
 }
 
 } // namespace klv

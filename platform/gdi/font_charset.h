@@ -50,8 +50,8 @@ face_and_charset split_face_name(std::string_view name, std::uint8_t charset);
 
 namespace klv {
 
-/// What to append to a face name, so that the name alone tells the character set: " CYR" for Russian.
-/// Empty for the ANSI, default and symbol sets.
-std::string_view charset_face_suffix(std::uint8_t charset) noexcept;
+/// A face name that alone tells the character set: "Arial CYR" for Arial with the Russian set. The name
+/// itself for the ANSI and default sets, and for faces that are known to hold signs.
+std::string face_name_with_charset(std::string_view face, std::uint8_t charset);
 
 } // namespace klv

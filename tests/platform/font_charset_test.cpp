@@ -82,17 +82,19 @@ TEST(FontCharset, TakesFaceNamesApart)
     }
 }
 
-TEST(FontCharset, SuffixesLeadBackToTheirSets)
+TEST(FontCharset, NamesLeadBackToTheirSets)
 {
     for (const int charset :
-        {161, 162, 163, 177, 178, 186, 204, 222, 238, 128, 129, 130, 134, 136, 77, 255}) {
+        {161, 162, 163, 177, 178, 186, 204, 222, 238, 128, 129, 130, 134, 136, 77, 255, 2}) {
         const auto set = static_cast<std::uint8_t>(charset);
-        const std::string name = "Arial" + std::string(charset_face_suffix(set));
-        EXPECT_NE(name, "Arial") << charset;
-        EXPECT_EQ(split_face_name(name, ANSI_CHARSET).charset, set) << name;
+        const std::string name = face_name_with_charset("Arial", set);
+        const face_and_charset split = split_face_name(name, ANSI_CHARSET);
+        EXPECT_EQ(split.charset, set) << name;
+        EXPECT_EQ(split.face, "Arial") << name;
     }
-    for (const auto plain : {ANSI_CHARSET, DEFAULT_CHARSET, SYMBOL_CHARSET})
-        EXPECT_TRUE(charset_face_suffix(plain).empty());
+    EXPECT_EQ(face_name_with_charset("Arial", ANSI_CHARSET), "Arial");
+    EXPECT_EQ(face_name_with_charset("Arial", DEFAULT_CHARSET), "Arial");
+    EXPECT_EQ(face_name_with_charset("Wingdings", SYMBOL_CHARSET), "Wingdings");
 }
 
 TEST(SymbolTables, KnowTheSignsOfTheirFaces)
