@@ -11,6 +11,8 @@ enum class symbol_set {
     symbol, ///< Greek letters and mathematics
     dingbats, ///< Zapf Dingbats
     wingdings,
+    wingdings_2, ///< its commoner signs only
+    wingdings_3, ///< likewise
     webdings,
     mt_extra, ///< the signs that equation editors add to Symbol
 };

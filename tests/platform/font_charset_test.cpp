@@ -123,6 +123,8 @@ TEST(SymbolTables, KnowTheSignsOfTheirFaces)
         {"MT Extra", 'h', U'\u210F'},
         {"MT Extra", 'r', U'\u2192'},
         {"Webdings", 'a', U'\u2714'},
+        {"Wingdings 2", 'P', U'\u2713'},
+        {"Wingdings 3", 'u', U'\u25B6'},
         {"Webdings", 'n', U'\u25CF'},
     };
     for (const auto& c : cases) {
