@@ -89,7 +89,8 @@ public:
     }
     std::uint32_t read(std::uint8_t* bytes, std::uint32_t count) override
     {
-        std::memcpy(bytes, next_, count);
+        if (count != 0) // an empty colour table has no address
+            std::memcpy(bytes, next_, count);
         next_ += count;
         return count;
     }
