@@ -13,7 +13,7 @@ vSTRING read_face_name(byte_reader& in)
 {
     const auto field = in.bytes(std::min(in.left(), face_name_size));
     std::array<char, face_name_size + 1> text{};
-    std::copy(field.begin(), field.end(), text.begin());
+    std::copy_n(reinterpret_cast<const char*>(field.data()), field.size(), text.begin());
     return vSTRING(text.data());
 }
 
