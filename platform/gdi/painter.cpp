@@ -95,7 +95,7 @@ template <unsigned Bits> void mix_packed(const surface& s, pixel_op op, std::spa
         }
         mix_part(*first++, head);
         if (keep == 0)
-            std::memset(first, flip, static_cast<std::size_t>(last - first));
+            fill_bytes(first, static_cast<std::size_t>(last - first), flip);
         else
             for (std::uint8_t* d = first; d != last; ++d)
                 *d = mix(*d);

@@ -74,6 +74,8 @@ bool realise_entry(screen& s, const PALETTEENTRY& entry)
 
 rgb resolve_colour(const drawing_context& dc, COLORREF colour)
 {
+    if (colour >> 24 == 0)
+        return gdi::to_rgb(colour);
     constexpr COLORREF is_index = 0x01;
     constexpr COLORREF is_palette_rgb = 0x02;
     const auto& palette = dc.state.palette;
@@ -82,8 +84,7 @@ rgb resolve_colour(const drawing_context& dc, COLORREF colour)
         const std::size_t index = colour & 0xFFFF;
         return index < palette->entries.size() ? to_rgb(palette->entries[index]) : 0;
     }
-    const bool palette_device = the_screen().bits == 8;
-    if (kind == is_palette_rgb && palette && palette_device && !palette->entries.empty())
+    if (kind == is_palette_rgb && palette && !palette->entries.empty() && the_screen().bits == 8)
         return to_rgb(palette->entries[nearest_entry(*palette, gdi::to_rgb(colour))]);
     return gdi::to_rgb(colour);
 }

@@ -7,8 +7,8 @@
 
 namespace klv::gdi {
 
-/// Sets count pixels, at least one, to one value. Most runs of a figure are a few pixels long, so short ones are written
-/// with two blocks that may overlap instead of a loop with a rest.
+/// Sets count pixels, at least one, to one value. Most runs of a figure are a few pixels long, so short ones
+/// are written with two blocks that may overlap instead of a loop with a rest.
 template <class Pixel> void fill_pixels(Pixel* to, std::size_t count, Pixel value)
 {
     if constexpr (sizeof(Pixel) == 1) {
@@ -40,6 +40,22 @@ template <class Pixel> void fill_pixels(Pixel* to, std::size_t count, Pixel valu
         for (; to < last; to += block)
             std::memcpy(to, blocks, sizeof blocks);
         std::memcpy(last, blocks, sizeof blocks);
+    }
+}
+
+/// The same for bytes, of which short runs are the rule: the rows of surfaces of one or four bits.
+inline void fill_bytes(std::uint8_t* to, std::size_t count, std::uint8_t value)
+{
+    constexpr std::size_t block = 8;
+    if (count < block) {
+        for (std::size_t i = 0; i < count; ++i)
+            to[i] = value;
+    } else if (count <= 2 * block) {
+        const std::uint64_t bytes = value * 0x0101010101010101U;
+        std::memcpy(to, &bytes, block);
+        std::memcpy(to + count - block, &bytes, block);
+    } else {
+        std::memset(to, value, count);
     }
 }
 

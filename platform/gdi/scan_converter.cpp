@@ -171,8 +171,13 @@ void scan_converter::sort_edges()
 void scan_converter::activate(std::size_t first, std::size_t end)
 {
     const auto by_x = [](const edge& a, const edge& b) { return a.x < b.x; };
-    const auto begin = edges_.begin();
-    std::sort(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(end), by_x);
+    if (end - first == 2) {
+        if (by_x(edges_[first + 1], edges_[first]))
+            std::swap(edges_[first], edges_[first + 1]);
+    } else if (end - first > 2) {
+        const auto begin = edges_.begin();
+        std::sort(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(end), by_x);
+    }
     merge({edges_.data() + first, end - first});
 }
 
