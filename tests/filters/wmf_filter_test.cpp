@@ -8,11 +8,15 @@
 #include "streams/ole_stream.h"
 #include "tests/filters/wmf_builder.h"
 #include "tests/filters/wmf_conversion.h"
+#include "tests/filters/wmf_drawing.h"
 
 namespace klv {
 namespace {
 
 using test::conversion;
+using test::drawing_of_everything;
+using test::small_bitmap;
+using test::with_four_colours;
 using test::wmf_builder;
 using enum wmf_function;
 
@@ -25,18 +29,6 @@ std::vector<vPOINT> points_of(const vSHAPE& shape)
         points.push_back(shape[static_cast<std::size_t>(i)]);
     return points;
 }
-
-std::vector<std::uint8_t> small_bitmap(int bits, std::initializer_list<int> tail)
-{
-    auto bytes = wmf_builder::bytes_of({40, 0, 2, 0, 2, 0, 1, bits, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-    for (const int b : tail)
-        bytes.push_back(static_cast<std::uint8_t>(b));
-    return bytes;
-}
-
-// A 2 x 2 bitmap: red and green below blue and white.
-const std::vector<std::uint8_t> four_colours
-    = small_bitmap(24, {0, 0, 255, 0, 255, 0, 0, 0, 255, 0, 0, 255, 255, 255, 0, 0});
 
 TEST(WmfFilter, RecognisesHeadersWithSensibleSizesOnly)
 {
@@ -306,8 +298,7 @@ TEST(WmfFilter, MovesAlignedTextToItsBaseline)
 
 TEST(WmfFilter, DrawsBitmapsAndCombinesMaskAndImage)
 {
-    auto stretched = wmf_builder::bytes_of({0x20, 0xCC, 0, 2, 2, 0, 0, 100, 200, 10, 20});
-    stretched.insert(stretched.end(), four_colours.begin(), four_colours.end());
+    const auto stretched = with_four_colours({0x20, 0xCC, 0, 2, 2, 0, 0, 100, 200, 10, 20});
     conversion c(wmf_builder().placeable(0, 0, 1000, 1000, 96).add_bytes(stretch_dib, stretched).build());
     const auto drawn = c.all<bitmap_record>();
     ASSERT_EQ(drawn.size(), 1u);
@@ -319,8 +310,7 @@ TEST(WmfFilter, DrawsBitmapsAndCombinesMaskAndImage)
     auto mask = wmf_builder::bytes_of({0xC6, 0x88, 0, 0, 2, 2, 0, 0});
     const auto mono = small_bitmap(1, {0, 0, 0, 0, 255, 255, 255, 0, 0x80, 0, 0, 0, 0x80, 0, 0, 0});
     mask.insert(mask.end(), mono.begin(), mono.end());
-    auto image = wmf_builder::bytes_of({0x86, 0xEE, 0, 0, 2, 2, 0, 0});
-    image.insert(image.end(), four_colours.begin(), four_colours.end());
+    const auto image = with_four_colours({0x86, 0xEE, 0, 0, 2, 2, 0, 0});
     conversion pair(wmf_builder()
                         .placeable(0, 0, 16000, 16000, 96)
                         .add_bytes(dib_bit_blt, mask)
@@ -365,19 +355,6 @@ TEST(WmfFilter, KeepsWhatWasDrawnBeforeDamage)
         EXPECT_EQ(meant.all<rectangle_record>().size(), c.rectangles) << c.what;
         EXPECT_EQ(documented.all<end_record>().size(), 1u) << c.what;
     }
-}
-
-std::vector<std::uint8_t> drawing_of_everything()
-{
-    auto file = wmf_builder().placeable(0, 0, 1000, 1000, 96).window(0, 0, 1000, 1000);
-    file.pen(0, 5, 0xFF).brush(0, 0xFF00).font(-60, "Arial").select(0).select(1).select(2);
-    file.rectangle(10, 10, 400, 300).add(ellipse, {900, 900, 500, 500});
-    file.add(polygon, {3, 0, 0, 90, 0, 90, 90}).add(arc, {0, 100, 100, 200, 200, 200, 0, 0});
-    file.text_out("sweep", 100, 800).add(save_dc).add(intersect_clip_rect, {500, 500, 0, 0});
-    auto stretched = wmf_builder::bytes_of({0x20, 0xCC, 0, 2, 2, 0, 0, 100, 200, 10, 20});
-    stretched.insert(stretched.end(), four_colours.begin(), four_colours.end());
-    file.add_bytes(stretch_dib, stretched).add(restore_dc, {-1}).add(move_to, {0, 0}).add(line_to, {50, 50});
-    return file.build();
 }
 
 TEST(WmfFilter, ReadsTheSameFromMemoryFileAndOleStream)
