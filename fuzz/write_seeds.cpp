@@ -1,0 +1,116 @@
+// write_seeds DIRECTORY: makes DIRECTORY/wmf, /metafile, /dib and /explode, small valid inputs from which the
+// fuzz targets of these names start.
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "filters/wmf_filter.h"
+#include "images/memory_dib.h"
+#include "metafiles/metafile.h"
+#include "streams/implode.h"
+#include "streams/memory_stream.h"
+#include "tests/filters/wmf_drawing.h"
+#include "tests/metafiles/all_records.h"
+
+namespace {
+
+using namespace klv;
+using bytes = std::vector<std::uint8_t>;
+
+std::filesystem::path root;
+
+void write(const char* target, const std::string& name, const bytes& contents)
+{
+    std::filesystem::create_directories(root / target);
+    std::ofstream(root / target / name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(contents.data()), static_cast<std::streamsize>(contents.size()));
+}
+
+bytes contents_of(vMEMSTREAM& stream)
+{
+    bytes all(stream.Size());
+    stream.MoveFromStart(0);
+    stream.ReadPlain(all.data(), stream.Size());
+    return all;
+}
+
+void write_wmf_files()
+{
+    using enum wmf_function;
+    const auto plain = [] { return test::wmf_builder().window(0, 0, 1000, 1000); };
+    write("wmf", "everything", test::drawing_of_everything());
+    write("wmf", "lines",
+        plain().pen(1, 9, 255).select(0).add(move_to, {1, 1}).add(line_to, {900, 900}).build());
+    write("wmf", "text", plain().font(-99, "Times").select(0).text_out("AVA", 9, 500).build());
+    write("wmf", "clip",
+        plain().add(exclude_clip_rect, {300, 300, 200, 200}).rectangle(0, 0, 999, 999).build());
+    write("wmf", "bitmap",
+        plain()
+            .add_bytes(stretch_dib, test::with_four_colours({0x20, 0xCC, 0, 2, 2, 0, 0, 900, 900, 0, 0}))
+            .build());
+}
+
+void write_recorded_pictures()
+{
+    for (const bool converted : {false, true}) {
+        vMETAFILE picture;
+        vMEMSTREAM file;
+        if (converted) {
+            auto wmf = test::drawing_of_everything();
+            std::uint8_t* data = wmf.data();
+            vMEMSTREAM stream(&data, static_cast<std::uint32_t>(wmf.size()), vSTRING("seed.wmf"), 0);
+            WMFFILTER().Convert(stream, &picture);
+            picture >> file;
+        } else {
+            picture >> file;
+            append(file, one_of_each_record());
+        }
+        write("metafile", converted ? "converted" : "records", contents_of(file));
+    }
+}
+
+void write_bitmaps()
+{
+    for (const int bits : {1, 4, 8, 24}) {
+        const oMEMDIB bitmap(9, 5, static_cast<std::uint16_t>(bits), oMODEL_RGB24, 0);
+        vMEMSTREAM file;
+        bitmap >> file;
+        write("dib", std::to_string(bits) + "-bit", contents_of(file));
+    }
+}
+
+// The first byte chooses what the target does with the rest.
+void write_compressed_blocks()
+{
+    bytes text;
+    for (int i = 0; i < 300; ++i)
+        text.push_back(static_cast<std::uint8_t>("a block with repeats, repeats "[i % 30 + i / 250]));
+    bytes packed(implode_bound(text.size()));
+    packed.resize(implode(text, packed).value_or(0));
+    for (const int choice : {0, 1, 2, 96}) {
+        bytes input{static_cast<std::uint8_t>(choice)};
+        const auto& rest = choice % 3 == 2 ? text : packed;
+        input.insert(input.end(), rest.begin(), rest.end());
+        write("explode", std::to_string(choice), input);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fputs("write_seeds DIRECTORY\n", stderr);
+        return 2;
+    }
+    root = argv[1];
+    write_wmf_files();
+    write_recorded_pictures();
+    write_bitmaps();
+    write_compressed_blocks();
+}
