@@ -11,7 +11,7 @@ namespace {
 
 // Glyphs of larger fonts are rendered each time, as far as they can be seen.
 constexpr double largest_em_kept = 400;
-constexpr std::size_t largest_store = std::size_t{4} << 20;
+constexpr std::size_t largest_store = std::size_t{512} << 10;
 // Slant of an upright face that stands for a missing italic one (12 degrees), and the widening of a
 // regular one that stands for a missing bold.
 constexpr double slant = 0.2126;
