@@ -28,7 +28,7 @@ void record_player::draw_text_bitmap(const vSTRING& text, const vPOINT& start)
     if (!bitmap)
         return;
     const vPOINT size(device_.DHtoLH(bitmap->Width()), device_.DVtoLV(bitmap->Height()));
-    const vRECT place(vPOINT(start.x, start.y - size.y / 2), size.x, size.y);
+    const vRECT place(start - vPOINT(0, size.y / 2), size.x, size.y);
     oDIBCONTEXT context(
         bitmap->Width(), bitmap->Height(), &place, nullptr, nullptr, mapping_.colour, vTILEINFO());
     device_.DrawDIB(*bitmap, context, nullptr, 0);
