@@ -1,5 +1,7 @@
 // Stored bitmaps: whatever is read has rows that can be reached, and is read back as it was written.
+#include "attributes/tile_info.h"
 #include "core/rect.h"
+#include "images/matrix.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
 #include "streams/memory_stream.h"
@@ -16,6 +18,7 @@ namespace {
 
 /// Bitmaps beyond this are read, but not turned and converted, so that a run stays short.
 constexpr std::uint32_t handled_bytes = 1 << 20;
+constexpr int longest_turned_side = 200;
 
 void require(bool condition)
 {
@@ -38,7 +41,9 @@ void write_and_read_back(const oMEMDIB& dib)
 void use(const oMEMDIB& dib)
 {
     const vRECT whole(0, 0, dib.Width(), dib.Height());
-    const oMEMDIB turned(dib, whole, whole, nullptr, 1, 0, 30.0, oMODEL_RGB24);
+    oMATRIX matrix;
+    matrix.Rotate(0.5, 0, 0);
+    const oMEMDIB turned(dib, whole, whole, nullptr, &matrix, oMODEL_RGB24, vTILEINFO(), longest_turned_side);
     for (const int bits : {1, 4, 8, 24})
         require(oMEMDIB(dib, 0, 0, bits, 1, 0).HasPixels() == dib.HasPixels());
     const oSTREAMDIB streamed(dib, 0);

@@ -15,8 +15,9 @@ namespace {
 
 /// Levels of halving for distortions that bend: 16 x 16 pieces. A linear one needs none.
 constexpr int subdivision_depth = 4;
-/// Sides of a bitmap that no picture needs and no memory holds.
+/// Sizes of a result that no picture needs; a larger one is scaled down to them.
 constexpr double greatest_side = 32768;
+constexpr double greatest_area = 1 << 25; ///< pixels
 
 struct place {
     double x;
@@ -65,7 +66,8 @@ public:
         if (!(right_ > left_ && bottom_ > top_) || !std::isfinite(longer))
             return false;
         const double most = limit > 0 ? std::min<double>(limit, greatest_side) : greatest_side;
-        const double scale = std::min(1.0, most / longer);
+        const double area = (right_ - left_) * (bottom_ - top_);
+        const double scale = std::min({1.0, most / longer, std::sqrt(greatest_area / area)});
         width_ = std::max(1, static_cast<int>(std::lround((right_ - left_) * scale)));
         height_ = std::max(1, static_cast<int>(std::lround((bottom_ - top_) * scale)));
         return true;

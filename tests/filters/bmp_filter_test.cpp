@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -59,7 +60,7 @@ struct bmp_file {
             for (const std::uint32_t mask : masks)
                 fields.u32le(mask);
             fields.fill(200);
-            out.bytes(fields.span().first(header_size - 4));
+            out.bytes(fields.span().first(std::min<std::size_t>(header_size - 4, fields.size())));
         }
         out.bytes(rest);
         return {out.span().begin(), out.span().end()};
@@ -203,10 +204,7 @@ TEST_F(BmpFilter, RefusesWhatIsNoBitmap)
     };
     for (const auto& c : cases) {
         oMEMDIB dib;
-        auto bytes = c.file.bytes();
-        if (c.file.header_size > 200)
-            bytes.resize(40);
-        EXPECT_EQ(read(bytes, dib), oFILTER_UNSUPPORTED) << c.what;
+        EXPECT_EQ(read(c.file.bytes(), dib), oFILTER_UNSUPPORTED) << c.what;
         EXPECT_FALSE(dib.HasPixels()) << c.what;
     }
 }

@@ -38,7 +38,8 @@ public:
     {
         put32(static_cast<std::uint32_t>(body.size()));
         const std::string named = name + body;
-        bytes_.insert(bytes_.end(), named.begin(), named.end());
+        const auto* const start = reinterpret_cast<const std::uint8_t*>(named.data());
+        bytes_.insert(bytes_.end(), start, start + named.size());
         put32(static_cast<std::uint32_t>(
             crc32(0, reinterpret_cast<const Bytef*>(named.data()), static_cast<uInt>(named.size()))));
         return *this;
