@@ -7,6 +7,7 @@
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "metafiles/playback.h"
+#include "metafiles/rectangles.h"
 #include "metafiles/text_bitmap.h"
 
 namespace klv {
@@ -29,6 +30,8 @@ void record_player::draw_text_bitmap(const vSTRING& text, const vPOINT& start)
         return;
     const vPOINT size(device_.DHtoLH(bitmap->Width()), device_.DVtoLV(bitmap->Height()));
     const vRECT place(start - vPOINT(0, size.y / 2), size.x, size.y);
+    if (place != in_order(place))
+        return; // past the limits of coordinates
     oDIBCONTEXT context(
         bitmap->Width(), bitmap->Height(), &place, nullptr, nullptr, mapping_.colour, vTILEINFO());
     device_.DrawDIB(*bitmap, context, nullptr, 0);

@@ -108,6 +108,19 @@ TEST(Drawing, TextOnALineIsDrawnEitherWay)
     EXPECT_NEAR(static_cast<double>(row_from_top), 59, 1);
 }
 
+TEST(Drawing, TextAtTheLimitsOfCoordinatesIsHarmless)
+{
+    for (const vTEXTREPLAY how : {vTEXTREPLAY::as_text, vTEXTREPLAY::as_bitmap}) {
+        vMETAFILE::TextReplay(how);
+        for (const vPOINT& at : {vPOINT(INT32_MIN, INT32_MIN), vPOINT(INT32_MAX, INT32_MAX)}) {
+            vMETAFILE picture;
+            picture.DrawTextOnLine("far", at, nullptr);
+            picture.LogicalExtents(0, 1, 0, 1);
+            EXPECT_EQ(inked(pixels_of(picture)), 0) << static_cast<int>(how) << " " << at.x;
+        }
+    }
+}
+
 TEST(Drawing, TilesRepeatThePicture)
 {
     vMETAFILE picture;
