@@ -128,7 +128,7 @@ public:
     void DrawDIB(const oDIB& dib, oDIBCONTEXT& context, vRECT*, int) noexcept override
     {
         calls.push_back("DrawDIB " + std::to_string(dib.Width()) + "x" + std::to_string(dib.Height()) + " at "
-            + text_of(context.GetDstRect()) + " part " + text_of(context.GetSrcRect()) + " transparency "
+            + text_of(context.GetDstRect()) + " of " + text_of(context.GetSrcRect()) + " transparency "
             + std::to_string(context.GetTransparency()));
     }
 

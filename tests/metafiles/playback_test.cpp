@@ -226,19 +226,19 @@ metafile_record bitmap_at(bitmap_layout layout, const vRECT& place, std::int32_t
 TEST(Playback, PlacesBitmapsOfEveryLayout)
 {
     const vRECT place(10, 20, 60, 70);
-    const std::string whole = "DrawDIB 6x4 at 0,0,100,50 part 0,0,6,4 transparency ";
+    const std::string whole = "DrawDIB 6x4 at 0,0,100,50 of 0,0,6,4 transparency ";
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::placed, place))), whole + "0\n");
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::transparent, place))), whole + "0\n");
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::transparent, place, 1))), whole + "1\n");
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::cut, place))),
-        "DrawDIB 6x4 at 0,0,100,50 part 1,0,4,2 transparency 0\n");
+        "DrawDIB 6x4 at 0,0,100,50 of 1,0,4,2 transparency 0\n");
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::centred, vRECT(60, 70, 0, 0)))),
-        "DrawDIB 6x4 at 94,48,106,52 part 0,0,6,4 transparency 0\n");
+        "DrawDIB 6x4 at 94,48,106,52 of 0,0,6,4 transparency 0\n");
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::placed, vRECT(300, 300, 400, 400)))), "")
         << "outside";
     // The right half lies outside the picture and is cut off.
     EXPECT_EQ(played_records(one(bitmap_at(bitmap_layout::placed, vRECT(60, 20, 160, 120)))),
-        "DrawDIB 6x4 at 100,0,200,100 part 0,0,3,4 transparency 0\n");
+        "DrawDIB 6x4 at 100,0,200,100 of 0,0,3,4 transparency 0\n");
 }
 
 TEST(Playback, SourceRectangleCutsBitmaps)
@@ -250,7 +250,7 @@ TEST(Playback, SourceRectangleCutsBitmaps)
     fake_device device;
     vRECT left_half(0, 0, 50, 100);
     picture.Draw(device, wide_target, nullptr, vPOINT(), 0.0, 0, &left_half, nullptr);
-    EXPECT_EQ(device.inner(), "DrawDIB 6x4 at 0,0,200,100 part 0,0,3,4 transparency 0\n");
+    EXPECT_EQ(device.inner(), "DrawDIB 6x4 at 0,0,200,100 of 0,0,3,4 transparency 0\n");
 }
 
 class stopping_progress : public oPROGRESS {
