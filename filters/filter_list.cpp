@@ -125,7 +125,7 @@ std::uint16_t oFILTERLIST::GetNoItems()
 
 oFILTER* oFILTERLIST::operator[](std::uint16_t i) const
 {
-    return find_filter([&i](oFILTER&) { return i-- == 0; });
+    return find_filter([i, at = 0u](oFILTER&) mutable { return at++ == i; });
 }
 
 } // namespace klv
