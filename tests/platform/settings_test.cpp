@@ -46,7 +46,9 @@ protected:
         return text;
     }
 
-    std::string directory_ = testing::TempDir() + "klv-settings-test";
+    // Tests run beside each other, each in a process of its own.
+    std::string directory_ = testing::TempDir() + "klv-settings-"
+        + testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
 std::string as_text(const BYTE* value) { return reinterpret_cast<const char*>(value); }
