@@ -11,7 +11,7 @@ tree="$root/build/$preset"
 log="$root/build/configure-$preset.log"
 if [ ! -f "$tree/build.ninja" ]; then
     mkdir -p "$root/build"
-    (cd "$root" && cmake --preset "$preset" >"$log" 2>&1) || { cat "$log" >&2; exit 1; }
+    # Warnings are errors in CI.
+    (cd "$root" && cmake --preset "$preset" ${CI:+-DKLV_WERROR=ON} >"$log" 2>&1) || { cat "$log" >&2; exit 1; }
 fi
-# The build's own output only matters when it fails or takes a while.
 exec cmake --build "$tree" --target "$@"

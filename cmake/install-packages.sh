@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(g++ cmake ninja-build pkg-config
     libfreetype-dev libfontconfig-dev libpixman-1-dev libpng-dev libcli11-dev libgtest-dev
     fontconfig fonts-liberation fonts-urw-base35)
-[ "${1:-}" = sanitize ] || [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev)
+[ "${1:-}" = sanitize ] || [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev llvm)
 [ "${1:-}" = bench ] && packages+=(libbenchmark-dev)
 
 missing=()

@@ -9,7 +9,7 @@ target_compile_options(klv_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC 12 reports false positives through inlined containers.
     target_compile_options(klv_options INTERFACE -Wno-array-bounds -Wno-stringop-overflow
-        -Wno-maybe-uninitialized -Wno-restrict)
+        -Wno-maybe-uninitialized -Wno-restrict -Wno-use-after-free)
 endif()
 if(KLV_WERROR)
     target_compile_options(klv_options INTERFACE -Werror)

@@ -13,7 +13,9 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint64_t max_bytes = 8 << 20;
+// A line of text across a page at 1200 dpi fits; a font as large as a page does not, and a record of a few
+// bytes may not cost more.
+constexpr std::uint64_t max_bytes = 1 << 20;
 
 // A platform object that is deleted with its owner.
 template <class Handle> class owned_object {

@@ -85,6 +85,22 @@ rgb colour_at(const surface& s, std::uint32_t pixel)
     return s.monochrome ? ((pixel & 1) != 0 ? 0xFFFFFFU : 0U) : colour_of(s, pixel);
 }
 
+/// Neighbours are often equal, so the last answer is kept.
+void convert_pixels(const surface& from, const surface& to, std::vector<std::uint32_t>& row)
+{
+    if (row.empty())
+        return;
+    std::uint32_t last = row.front();
+    std::uint32_t converted = pixel_of(to, colour_at(from, last));
+    for (std::uint32_t& p : row) {
+        if (p != last) {
+            last = p;
+            converted = pixel_of(to, colour_at(from, last));
+        }
+        p = converted;
+    }
+}
+
 /// Copies pixels by their colours; equal formats by value.
 void copy_row(const surface& from, std::int32_t from_y, const surface& to, std::int32_t to_y,
     std::vector<std::uint32_t>& row)
@@ -96,8 +112,7 @@ void copy_row(const surface& from, std::int32_t from_y, const surface& to, std::
     row.resize(static_cast<std::size_t>(std::min(from.width, to.width)));
     load_pixels(from, 0, from_y, row);
     if (!raw)
-        for (std::uint32_t& p : row)
-            p = pixel_of(to, colour_at(from, p));
+        convert_pixels(from, to, row);
     store_pixels(to, 0, to_y, row);
 }
 

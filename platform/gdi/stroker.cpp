@@ -48,7 +48,6 @@ const stroker::dash_pattern* stroker::dashes_of(UINT style)
 }
 
 stroker::stroker(drawing_context& dc)
-    : dc_(dc)
 {
     const LOGPEN& pen = dc.state.pen->log;
     const surface& s = dc.target();

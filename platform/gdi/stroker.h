@@ -51,7 +51,6 @@ private:
     void make_disc();
     [[nodiscard]] bool dash_at(std::int64_t distance) const;
 
-    drawing_context& dc_;
     std::int32_t width_ = 1;
     const dash_pattern* dashes_ = nullptr;
     std::int64_t dash_start_ = 0; ///< distance along the line so far

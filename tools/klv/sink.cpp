@@ -6,47 +6,50 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "filters/bitmap_filter.h"
 #include "filters/filter_list.h"
+#include "streams/file.h"
 #include "streams/memory_stream.h"
 #include "tools/klv/failure.h"
 
 namespace klv::tool {
 namespace {
 
-struct close_file {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-void copy_to(vMEMSTREAM& encoded, std::FILE* out)
+void copy_to_standard_output(vMEMSTREAM& encoded)
 {
     std::array<std::uint8_t, 1 << 16> chunk{};
     encoded.MoveFromStart(0);
     while (!encoded.AtEnd()) {
         const auto got = encoded.ReadPlain(chunk.data(), static_cast<std::uint32_t>(chunk.size()));
-        if (got == 0 || std::fwrite(chunk.data(), 1, got, out) != got)
+        if (got == 0 || std::fwrite(chunk.data(), 1, got, stdout) != got)
             throw failure(std::strerror(errno ? errno : EIO));
     }
-    if (std::fflush(out) != 0)
+    if (std::fflush(stdout) != 0)
         throw failure(std::strerror(errno));
 }
 
-void write_file(vMEMSTREAM& encoded, const std::string& file)
+// Opens the output, lets write fill it, and removes a file that could not be filled.
+template <typename Write> void write_output(const std::string& file, Write write)
 {
     if (file == "-") {
-        copy_to(encoded, stdout);
+        vMEMSTREAM encoded;
+        write(encoded);
+        copy_to_standard_output(encoded);
         return;
     }
-    const std::unique_ptr<std::FILE, close_file> out(std::fopen(file.c_str(), "wb"));
-    if (!out)
-        throw failure("can't write " + file + ": " + std::strerror(errno));
+    errno = 0;
+    vFILE out(vSTRING(file), vFILE::truncate);
+    if (out.Status() != vSTREAM_OK)
+        throw failure("can't write " + file + ": " + std::strerror(errno ? errno : EIO));
     try {
-        copy_to(encoded, out.get());
-    } catch (const failure& why) {
+        write(out);
+        if (out.Status() == vSTREAM_WRITE_ERROR)
+            throw failure("can't write " + file + ": " + std::strerror(errno ? errno : EIO));
+    } catch (const failure&) {
+        out.Close();
         std::remove(file.c_str());
-        throw failure("can't write " + file + ": " + why.what());
+        throw;
     }
 }
 
@@ -74,11 +77,11 @@ std::string extension_of(const std::string& file)
 
 void write_picture(vMETAFILE& picture, const std::string& file)
 {
-    vMEMSTREAM out;
-    picture >> out;
-    if (out.Status() != vSTREAM_OK || out.Size() != picture.Length())
-        throw failure("memory ran out");
-    write_file(out, file);
+    write_output(file, [&](vSTREAM& out) {
+        picture >> out;
+        if (out.Size() != picture.Length())
+            throw failure(file == "-" ? "memory ran out" : "can't write all of " + file);
+    });
 }
 
 void write_bitmap(oDIB& bitmap, const std::string& format, const std::string& file)
@@ -87,11 +90,11 @@ void write_bitmap(oDIB& bitmap, const std::string& format, const std::string& fi
     oBMFILTER* const filter = bitmap_writer(format);
     if (!filter)
         throw failure("klv does not write ." + format + " files");
-    vMEMSTREAM out;
-    const auto status = filter->Convert(bitmap, out);
-    if (status != oFILTER_OK)
-        throw failure(std::string("writing ") + format + ": " + describe(status));
-    write_file(out, file);
+    write_output(file, [&](vSTREAM& out) {
+        const auto status = filter->Convert(bitmap, out);
+        if (status != oFILTER_OK)
+            throw failure("writing " + file + ": " + describe(status));
+    });
 }
 
 } // namespace klv::tool
