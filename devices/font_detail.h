@@ -38,7 +38,7 @@ private:
 
 /// A font specification as one device realises it: the platform font, its measures, its character widths
 /// and the kerning pairs asked for so far. Widths and heights are in the pixels of the device's context.
-/// A copy takes the specification and the measures, not the font and the tables.
+/// A copy takes the font record and the measures, not the font and the tables.
 class vFONTDETAIL : public vFONTSPEC {
 public:
     vFONTDETAIL() noexcept;

@@ -105,7 +105,7 @@ TEST(DeviceFont, RealisesSpecifications)
 {
     struct {
         vFONTSTYLE style;
-        int height; // as the specification stores it
+        int height; // as the font record stores it
         double angle;
         int realised;
         int weight;
