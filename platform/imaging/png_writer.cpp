@@ -15,6 +15,8 @@ namespace {
 constexpr int compression_level = 1;
 constexpr std::size_t output_buffer = 1 << 16;
 constexpr std::size_t most_colours = 256;
+// The indices wait in memory until all rows are known; larger images are written as they come.
+constexpr std::int64_t most_reduced_pixels = 8 << 20;
 
 /// Rows turned into indices as long as their colours are few: a third of the bytes to pack.
 class colour_reducer {
@@ -123,13 +125,16 @@ struct writing {
         : out(file)
         , bitmap(handle)
         , lines(source)
-        , reducer(handle.width, handle.bits_per_pixel > 8 ? handle.height : 0)
+        , reduces(
+              handle.bits_per_pixel > 8 && std::int64_t{handle.width} * handle.height <= most_reduced_pixels)
+        , reducer(handle.width, reduces ? handle.height : 0)
     {
     }
 
     image_io& out;
     const bitmap_handle& bitmap;
     line_source& lines;
+    bool reduces;
     png_session session{png_session::direction::writing};
     colour_reducer reducer;
     std::vector<std::uint8_t> row;
@@ -234,7 +239,7 @@ imaging_result save_indexed(writing& state)
 imaging_result save_true_colour(writing& state)
 {
     state.row.resize(3 * static_cast<std::size_t>(state.bitmap.width));
-    bool few_colours = true;
+    bool few_colours = state.reduces;
     while (few_colours && state.next_line < state.bitmap.height) {
         const std::uint8_t* const line = state.lines.line_from_top(state.next_line);
         if (!line)
