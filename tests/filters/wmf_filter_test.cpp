@@ -381,6 +381,15 @@ TEST(WmfFilter, ReadsTheSameFromMemoryFileAndOleStream)
     vFILE file(vSTRING(path), vFILE::read_only);
     EXPECT_EQ(records_from(file), expected);
     std::remove(path.c_str());
+
+    IStream* const storage = CreateMemoryStream();
+    {
+        vOLESTREAM ole(&storage);
+        ole.WritePlain(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+        ole.MoveFromStart(0);
+        EXPECT_EQ(records_from(ole), expected);
+    }
+    storage->Release();
 }
 
 TEST(WmfFilter, AnswersAStatusForEveryAllocationThatFails)
