@@ -200,7 +200,8 @@ TEST(Shape, MovesAndCopiesOwnTheirPoints)
     EXPECT_EQ(b.NoPoint(), 0);
     b.AppendPoint({{4, 4}, 9});
     EXPECT_EQ(b.NoPoint(), 1);
-    c = c;
+    const vSHAPE& itself = c;
+    c = itself;
     EXPECT_EQ(c.NoPoint(), 3);
     c.AddShape(c);
     EXPECT_EQ(c.NoPoint(), 6);
