@@ -101,10 +101,27 @@ void convert_pixels(const surface& from, const surface& to, std::vector<std::uin
     }
 }
 
+/// A row of single bits at once: each of the two values becomes one of the target's. False for other rows.
+bool copy_bit_row(const surface& from, std::int32_t from_y, const surface& to, std::int32_t to_y)
+{
+    if (from.bits != 1 || to.bits != 1 || from.width != to.width)
+        return false;
+    const std::uint32_t zero = pixel_of(to, colour_at(from, 0)) & 1;
+    const std::uint32_t one = pixel_of(to, colour_at(from, 1)) & 1;
+    const auto keep = static_cast<std::uint8_t>(zero != one ? 0xFF : 0);
+    const auto flip = static_cast<std::uint8_t>(zero != 0 ? 0xFF : 0);
+    const auto bytes = (static_cast<std::size_t>(from.width) + 7) / 8;
+    std::transform(from.row(from_y), from.row(from_y) + bytes, to.row(to_y),
+        [=](std::uint8_t b) { return static_cast<std::uint8_t>((b & keep) ^ flip); });
+    return true;
+}
+
 /// Copies pixels by their colours; equal formats by value.
 void copy_row(const surface& from, std::int32_t from_y, const surface& to, std::int32_t to_y,
     std::vector<std::uint32_t>& row)
 {
+    if (copy_bit_row(from, from_y, to, to_y))
+        return;
     const bool same_table
         = from.table == to.table || (from.table && to.table && from.table->entries == to.table->entries);
     const bool raw
