@@ -4,7 +4,8 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config
-    libfreetype-dev libfontconfig-dev libpixman-1-dev libpng-dev libcli11-dev libgtest-dev
+    libfreetype-dev libfontconfig-dev libpixman-1-dev libcli11-dev libgtest-dev
+    libpng-dev libjpeg62-turbo-dev libtiff-dev libgsf-1-dev libgraphicsmagick-q16-3
     fontconfig fonts-liberation fonts-urw-base35 fonts-dejavu-core)
 [ "${1:-}" = sanitize ] || [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev llvm)
 [ "${1:-}" = bench ] && packages+=(libbenchmark-dev)

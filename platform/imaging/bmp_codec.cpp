@@ -11,6 +11,6 @@ bool bmp_recognises(std::span<const std::uint8_t> start)
 
 } // namespace
 
-const codec bmp_codec{format_bmp, bmp_recognises, bmp::info, bmp::load, bmp::save};
+const codec bmp_codec{format_bmp, bmp_recognises, bmp::info, bmp::load, bmp::save, nullptr};
 
 } // namespace klv::imaging

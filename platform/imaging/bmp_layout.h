@@ -23,11 +23,10 @@ inline constexpr std::uint32_t os2_header_size = 64;
 inline constexpr std::uint32_t info_header_size = 40;
 inline constexpr std::uint32_t header_size_with_masks = 52;
 inline constexpr std::uint32_t alpha_bitfields = 6; ///< compression: four masks follow
-inline constexpr double metres_in_inch = 0.0254;
 
 imaging_result info(image_io& in, file_info& info);
 imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user);
-imaging_result save(image_io& out, const bitmap_handle& bitmap, line_source& lines);
+imaging_result save(image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t quality);
 
 } // namespace klv::imaging::bmp

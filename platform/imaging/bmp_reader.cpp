@@ -1,9 +1,10 @@
 #include "platform/byte_reader.h"
 #include "platform/dib_decode.h"
 #include "platform/imaging/bmp_layout.h"
+#include "platform/imaging/resolution.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstdlib>
 #include <vector>
 
 namespace klv::imaging::bmp {
@@ -138,11 +139,6 @@ imaging_result read_layout(std::span<const std::uint8_t> file, layout& found)
     return bytes > free_image_bytes && bytes / factor > file.size() ? imaging_bad_data : imaging_ok;
 }
 
-std::int32_t dots_per_inch(std::int32_t pixels_per_metre)
-{
-    return static_cast<std::int32_t>(std::lround(std::max(pixels_per_metre, 0) * metres_in_inch));
-}
-
 void read_colours(std::span<const std::uint8_t> file, const layout& found, bitmap_handle& bitmap)
 {
     if (bitmap.bits_per_pixel > 8)
@@ -210,8 +206,8 @@ imaging_result info(image_io& in, file_info& info)
     info.width = found.width;
     info.height = found.height;
     info.bits_per_pixel = found.bits == 2 ? 4 : found.bits;
-    info.x_resolution = dots_per_inch(found.x_pixels_per_metre);
-    info.y_resolution = dots_per_inch(found.y_pixels_per_metre);
+    info.x_resolution = dots_per_inch_of_metre(found.x_pixels_per_metre);
+    info.y_resolution = dots_per_inch_of_metre(found.y_pixels_per_metre);
     info.perspective = found.top_down ? top_left : bottom_left;
     return imaging_ok;
 }

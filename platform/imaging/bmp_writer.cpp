@@ -1,23 +1,12 @@
 #include "platform/byte_writer.h"
 #include "platform/imaging/bmp_layout.h"
+#include "platform/imaging/resolution.h"
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace klv::imaging::bmp {
 
-namespace {
-
-std::int32_t pixels_per_metre(std::int32_t dots_per_inch)
-{
-    constexpr std::int32_t greatest = 1 << 20;
-    return static_cast<std::int32_t>(std::lround(std::clamp(dots_per_inch, 0, greatest) / metres_in_inch));
-}
-
-} // namespace
-
-imaging_result save(image_io& out, const bitmap_handle& bitmap, line_source& lines)
+imaging_result save(image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t)
 {
     const std::uint32_t colours = bitmap.bits_per_pixel <= 8 ? 1U << bitmap.bits_per_pixel : 0;
     const std::uint32_t pixel_offset = file_header_size + info_header_size + 4 * colours;

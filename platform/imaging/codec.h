@@ -59,20 +59,33 @@ struct codec {
     imaging_format format;
     /// Tells the format by the first bytes of a file.
     bool (*recognises)(std::span<const std::uint8_t> start);
+    /// In a format of several resolutions the width and height come in as what L_SetDimension asked for, or
+    /// 0.
     imaging_result (*info)(image_io& in, file_info& info);
     /// Fills in the bitmap's colours, if it has any, before the first line is delivered.
     imaging_result (*load)(
         image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user);
-    imaging_result (*save)(image_io& out, const bitmap_handle& bitmap, line_source& lines);
+    /// Null for formats that are only read. quality: 0 to best_quality, for those that lose something.
+    imaging_result (*save)(
+        image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t quality);
+    /// The resolutions, smallest first; null for formats of one.
+    imaging_result (*dimensions)(image_io& in, std::vector<dimension>& found);
 };
 
 /// The formats that are there. The first codec that recognises a file reads it.
 [[nodiscard]] std::span<const codec> codecs();
 
 extern const codec bmp_codec;
+extern const codec flashpix_codec;
+extern const codec jpeg_codec;
+extern const codec pcx_codec;
+extern const codec photo_cd_codec;
+extern const codec photoshop_codec;
 extern const codec png_codec;
+extern const codec targa_codec;
+extern const codec tiff_codec;
 
-/// Bytes of start that a recogniser can ask for.
-inline constexpr std::size_t recognised_bytes = 32;
+/// Bytes of start that a recogniser can ask for: Photo CD files name themselves behind an empty sector.
+inline constexpr std::size_t recognised_bytes = 2056;
 
 } // namespace klv::imaging

@@ -22,6 +22,7 @@ enum imaging_result : std::int32_t {
     imaging_unsupported = -4, ///< no such format here, or a variant that is not handled
     imaging_write_error = -5,
     imaging_aborted = -6, ///< a load or save callback answered 0
+    imaging_library_missing = -7, ///< the library that serves the format is not installed
 };
 
 /// File format numbers.
@@ -54,7 +55,7 @@ struct file_info {
     std::uint16_t format;
     std::int32_t width;
     std::int32_t height;
-    std::int32_t bits_per_pixel; ///< 1, 4, 8, 16, 24 or 32; other numbers are not deliverable
+    std::int32_t bits_per_pixel; ///< 1, 4, 8, 16, 24 or 32; the last three are delivered as 24
     std::int32_t x_resolution; ///< dots per inch, 0 when the file does not say
     std::int32_t y_resolution;
     std::int32_t perspective;
@@ -122,9 +123,12 @@ using L_LoadFile_t = std::int32_t (*)(const char* name, bitmap_handle*, std::int
     std::int32_t colour_order, std::uint32_t flags, load_callback, void* user);
 using L_SaveFile_t = std::int32_t (*)(const char* name, bitmap_handle*, std::uint16_t format,
     std::int32_t bits_per_pixel, std::int32_t quality, std::uint32_t flags, save_callback, void* user);
-/// The resolutions of a multi-resolution file; *count is the capacity and then the number found.
+/// The resolutions of a multi-resolution file, smallest first; *count is the capacity and then the number
+/// stored.
 using L_EnumDimensions_t
     = std::int32_t (*)(const char* name, std::uint16_t format, dimension* table, std::uint32_t* count);
+/// Chooses the resolution that files of the format are described and read in from now on: the smallest that
+/// is not smaller, else the largest. 0 by 0 leaves the choice to the format.
 using L_SetDimension_t = std::int32_t (*)(std::uint16_t format, std::int32_t width, std::int32_t height);
 }
 

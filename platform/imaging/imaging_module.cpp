@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <span>
+#include <vector>
 
 #define KLV_IMAGING_EXPORT __attribute__((visibility("default")))
 
@@ -54,17 +56,33 @@ template <class Operation> std::int32_t guarded(Operation operation) noexcept
     }
 }
 
+/// What L_SetDimension asked for.
+dimension& wanted_of_format(std::uint16_t format)
+{
+    static dimension photo_cd{};
+    static dimension flashpix{};
+    return format == format_photo_cd ? photo_cd : flashpix;
+}
+
+imaging_result describe(const codec& format, image_io& in, file_info& info)
+{
+    info = {};
+    info.format = format.format;
+    if (format.dimensions) {
+        const dimension wanted = wanted_of_format(format.format);
+        info.width = wanted.width;
+        info.height = wanted.height;
+    }
+    return format.info(in, info);
+}
+
 imaging_result describe_file(const char* name, file_info& info)
 {
     image_io in(redirected, name, image_io::access::reading);
     if (!in.is_open())
         return imaging_read_error;
     const codec* const format = codec_of_file(in);
-    if (!format)
-        return imaging_unsupported;
-    info = {};
-    info.format = format->format;
-    return format->info(in, info);
+    return format ? describe(*format, in, info) : imaging_unsupported;
 }
 
 imaging_result load_file(const char* name, bitmap_handle& bitmap, load_callback callback, void* user)
@@ -76,8 +94,7 @@ imaging_result load_file(const char* name, bitmap_handle& bitmap, load_callback 
     if (!format)
         return imaging_unsupported;
     file_info info{};
-    info.format = format->format;
-    const imaging_result described = format->info(in, info);
+    const imaging_result described = describe(*format, in, info);
     if (described != imaging_ok)
         return described;
     bitmap.width = info.width;
@@ -94,8 +111,8 @@ imaging_result load_file(const char* name, bitmap_handle& bitmap, load_callback 
     return format->load(in, info, bitmap, callback, user);
 }
 
-imaging_result save_file(
-    const char* name, const bitmap_handle& bitmap, std::uint16_t number, save_callback callback, void* user)
+imaging_result save_file(const char* name, const bitmap_handle& bitmap, std::uint16_t number,
+    std::int32_t quality, save_callback callback, void* user)
 {
     const codec* const format = codec_of_format(number);
     if (!format || !format->save)
@@ -104,7 +121,24 @@ imaging_result save_file(
     if (!out.is_open())
         return imaging_write_error;
     line_source lines(bitmap, callback, user);
-    return format->save(out, bitmap, lines);
+    return format->save(out, bitmap, lines, quality);
+}
+
+imaging_result list_dimensions(
+    const char* name, std::uint16_t number, std::span<dimension> places, std::uint32_t& stored)
+{
+    const codec* const format = codec_of_format(number);
+    if (!format || !format->dimensions)
+        return imaging_unsupported;
+    image_io in(redirected, name, image_io::access::reading);
+    if (!in.is_open())
+        return imaging_read_error;
+    std::vector<dimension> found;
+    const imaging_result result = format->dimensions(in, found);
+    const std::size_t count = std::min(found.size(), places.size());
+    std::copy_n(found.begin(), count, places.begin());
+    stored = static_cast<std::uint32_t>(count);
+    return result;
 }
 
 } // namespace
@@ -221,24 +255,32 @@ KLV_IMAGING_EXPORT std::int32_t L_LoadFile(const char* name, bitmap_handle* bitm
 }
 
 KLV_IMAGING_EXPORT std::int32_t L_SaveFile(const char* name, bitmap_handle* bitmap, std::uint16_t format,
-    std::int32_t, std::int32_t, std::uint32_t, save_callback callback, void* user)
+    std::int32_t, std::int32_t quality, std::uint32_t, save_callback callback, void* user)
 {
     if (!bitmap || !bitmap->valid || !callback)
         return imaging_failed;
-    return guarded([&] { return save_file(name, *bitmap, format, callback, user); });
+    return guarded([&] { return save_file(name, *bitmap, format, quality, callback, user); });
 }
 
-// No format of several resolutions is served.
-KLV_IMAGING_EXPORT std::int32_t L_EnumDimensions(const char*, std::uint16_t, dimension*, std::uint32_t* count)
+KLV_IMAGING_EXPORT std::int32_t L_EnumDimensions(
+    const char* name, std::uint16_t format, dimension* table, std::uint32_t* count)
 {
-    if (count)
-        *count = 0;
-    return imaging_unsupported;
+    if (!count)
+        return imaging_failed;
+    const std::span<dimension> places(table, table ? *count : 0);
+    *count = 0;
+    return guarded([&] { return list_dimensions(name, format, places, *count); });
 }
 
-KLV_IMAGING_EXPORT std::int32_t L_SetDimension(std::uint16_t, std::int32_t, std::int32_t)
+KLV_IMAGING_EXPORT std::int32_t L_SetDimension(std::uint16_t format, std::int32_t width, std::int32_t height)
 {
-    return imaging_unsupported;
+    const codec* const known = codec_of_format(format);
+    if (!known || !known->dimensions)
+        return imaging_unsupported;
+    if (width < 0 || height < 0)
+        return imaging_bad_data;
+    wanted_of_format(format) = {width, height};
+    return imaging_ok;
 }
 
 } // extern "C"

@@ -36,6 +36,6 @@ png_session::~png_session()
         png_destroy_write_struct(&png_, &info_);
 }
 
-const codec png_codec{format_png, png_recognises, png_info, png_load, png_save};
+const codec png_codec{format_png, png_recognises, png_info, png_load, png_save, nullptr};
 
 } // namespace klv::imaging

@@ -38,11 +38,9 @@ private:
     png_infop info_ = nullptr;
 };
 
-inline constexpr double metres_in_inch = 0.0254;
-
 imaging_result png_info(image_io& in, file_info& info);
 imaging_result png_load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user);
-imaging_result png_save(image_io& out, const bitmap_handle& bitmap, line_source& lines);
+imaging_result png_save(image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t quality);
 
 } // namespace klv::imaging

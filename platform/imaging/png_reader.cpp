@@ -1,8 +1,8 @@
 #include "platform/imaging/png_common.h"
+#include "platform/imaging/resolution.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <vector>
 
 namespace klv::imaging {
@@ -74,12 +74,6 @@ std::int32_t delivered_bits(const reading& state)
     }
 }
 
-std::int32_t dots_per_inch(png_uint_32 pixels_per_metre)
-{
-    constexpr double most = 1e6;
-    return static_cast<std::int32_t>(std::lround(std::min(pixels_per_metre * metres_in_inch, most)));
-}
-
 imaging_result describe(const reading& state, file_info& info)
 {
     const std::uint64_t bytes
@@ -90,8 +84,10 @@ imaging_result describe(const reading& state, file_info& info)
     info.height = static_cast<std::int32_t>(state.height);
     info.bits_per_pixel = delivered_bits(state);
     info.perspective = top_left;
-    info.x_resolution = dots_per_inch(png_get_x_pixels_per_meter(state.session.png(), state.session.info()));
-    info.y_resolution = dots_per_inch(png_get_y_pixels_per_meter(state.session.png(), state.session.info()));
+    info.x_resolution
+        = dots_per_inch_of_metre(png_get_x_pixels_per_meter(state.session.png(), state.session.info()));
+    info.y_resolution
+        = dots_per_inch_of_metre(png_get_y_pixels_per_meter(state.session.png(), state.session.info()));
     return imaging_ok;
 }
 

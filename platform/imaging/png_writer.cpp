@@ -1,8 +1,8 @@
 #include "platform/imaging/png_common.h"
+#include "platform/imaging/resolution.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 #include <vector>
 
@@ -169,9 +169,8 @@ void write_header(writing& state)
     if (state.colour_type == PNG_COLOR_TYPE_PALETTE)
         png_set_PLTE(png, info, state.palette.data(), 1 << state.depth);
     if (bitmap.x_resolution > 0 && bitmap.y_resolution > 0)
-        png_set_pHYs(png, info, static_cast<png_uint_32>(std::lround(bitmap.x_resolution / metres_in_inch)),
-            static_cast<png_uint_32>(std::lround(bitmap.y_resolution / metres_in_inch)),
-            PNG_RESOLUTION_METER);
+        png_set_pHYs(png, info, static_cast<png_uint_32>(pixels_per_metre(bitmap.x_resolution)),
+            static_cast<png_uint_32>(pixels_per_metre(bitmap.y_resolution)), PNG_RESOLUTION_METER);
     png_write_info(png, info);
     if (state.colour_type == PNG_COLOR_TYPE_RGB)
         png_set_bgr(png);
@@ -264,7 +263,7 @@ imaging_result save_true_colour(writing& state)
 
 } // namespace
 
-imaging_result png_save(image_io& out, const bitmap_handle& bitmap, line_source& lines)
+imaging_result png_save(image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t)
 {
     writing state(out, bitmap, lines);
     if (!state.session.made())
