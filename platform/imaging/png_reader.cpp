@@ -26,7 +26,6 @@ struct reading {
     png_uint_32 height = 0;
     int depth = 0;
     int colour_type = 0;
-    bool transparent_colour = false;
     bool interlaced = false;
 
     line_sink* sink = nullptr;
@@ -56,7 +55,6 @@ void read_header(reading& state)
     png_get_IHDR(png, info, &state.width, &state.height, &state.depth, &state.colour_type, &interlace,
         nullptr, nullptr);
     state.interlaced = interlace != PNG_INTERLACE_NONE;
-    state.transparent_colour = png_get_valid(png, info, PNG_INFO_tRNS) != 0;
 }
 
 std::int32_t delivered_bits(const reading& state)
@@ -65,8 +63,7 @@ std::int32_t delivered_bits(const reading& state)
     case PNG_COLOR_TYPE_PALETTE:
         return state.depth == 2 ? 4 : state.depth;
     case PNG_COLOR_TYPE_GRAY:
-        // A transparent grey is blended, which takes 8 bits.
-        return state.transparent_colour || state.depth > 8 ? 8 : state.depth == 2 ? 4 : state.depth;
+        return state.depth > 8 ? 8 : state.depth == 2 ? 4 : state.depth;
     case PNG_COLOR_TYPE_GRAY_ALPHA:
         return 8;
     default:
@@ -91,22 +88,16 @@ imaging_result describe(const reading& state, file_info& info)
     return imaging_ok;
 }
 
-/// Sets libpng up so that rows come as the delivered lines need them: white behind transparent pixels, blue
-/// first, 2-bit indices one a byte.
+/// Sets libpng up so that rows come as the delivered lines need them: blue first, 2-bit indices one a byte.
+/// Transparency is left out and pixels keep the colour they have beneath it, as in other converters to
+/// formats without it.
 void set_transformations(reading& state)
 {
     png_structp png = state.session.png();
     if (state.depth == 16)
         png_set_scale_16(png);
-    const bool palette = state.colour_type == PNG_COLOR_TYPE_PALETTE;
-    const bool alpha = (state.colour_type & PNG_COLOR_MASK_ALPHA) != 0;
-    if (alpha || (state.transparent_colour && !palette)) {
-        if (!alpha)
-            png_set_tRNS_to_alpha(png);
-        const png_uint_16 white = state.depth == 16 ? 0xFFFF : 0xFF;
-        const png_color_16 background{0, white, white, white, white};
-        png_set_background(png, &background, PNG_BACKGROUND_GAMMA_SCREEN, 0, 1.0);
-    }
+    if (state.colour_type & PNG_COLOR_MASK_ALPHA)
+        png_set_strip_alpha(png);
     if (state.colour_type & PNG_COLOR_MASK_COLOR)
         png_set_bgr(png);
     state.two_bits = state.depth == 2 && delivered_bits(state) == 4;
@@ -115,14 +106,6 @@ void set_transformations(reading& state)
     if (state.interlaced)
         png_set_interlace_handling(png);
     png_read_update_info(png, state.session.info());
-}
-
-RGBQUAD blended_on_white(const png_color& colour, int alpha)
-{
-    const auto blend = [alpha](int channel) {
-        return static_cast<std::uint8_t>((channel * alpha + 255 * (255 - alpha) + 127) / 255);
-    };
-    return {blend(colour.blue), blend(colour.green), blend(colour.red), 0};
 }
 
 void read_colours(reading& state, bitmap_handle& bitmap)
@@ -143,11 +126,8 @@ void read_colours(reading& state, bitmap_handle& bitmap)
     png_colorp palette = nullptr;
     int count = 0;
     png_get_PLTE(state.session.png(), state.session.info(), &palette, &count);
-    png_bytep alphas = nullptr;
-    int alpha_count = 0;
-    png_get_tRNS(state.session.png(), state.session.info(), &alphas, &alpha_count, nullptr);
     for (int i = 0; i < count && i < static_cast<int>(bitmap.colour_count); ++i)
-        bitmap.colours[i] = blended_on_white(palette[i], i < alpha_count ? alphas[i] : 255);
+        bitmap.colours[i] = {palette[i].blue, palette[i].green, palette[i].red, 0};
 }
 
 /// One libpng row into the next line of the sink.

@@ -31,6 +31,7 @@ struct layout {
     std::size_t samples = 1; ///< of a pixel, with those that are not shown
     std::size_t planes = 1;
     bool white_first = false;
+    bool multiplied = false; ///< the first extra sample is an alpha that the colours were multiplied by
     pixel_kind kind = pixel_kind::greys;
     sample_format format;
     std::int32_t bits = 24; ///< delivered
@@ -138,6 +139,14 @@ std::uint16_t guessed_photometric(std::size_t samples)
     return samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
 }
 
+bool multiplied_by_alpha(const tiff_file& file, const layout& found)
+{
+    std::uint16_t count = 0;
+    std::uint16_t* kinds = nullptr;
+    return TIFFGetField(file.handle(), TIFFTAG_EXTRASAMPLES, &count, &kinds) && count > 0
+        && kinds[0] == EXTRASAMPLE_ASSOCALPHA && found.samples > found.colour_samples();
+}
+
 imaging_result read_layout(const tiff_file& file, std::uint64_t file_size, layout& found)
 {
     found.width = file.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
@@ -171,6 +180,7 @@ imaging_result read_layout(const tiff_file& file, std::uint64_t file_size, layou
         return imaging_unsupported;
     if (separate)
         found.planes = found.kind == pixel_kind::converted ? 1 : found.colour_samples();
+    found.multiplied = !separate && found.kind == pixel_kind::rgb && multiplied_by_alpha(file, found);
     return imaging_ok;
 }
 
@@ -273,6 +283,8 @@ public:
             for (std::size_t x = 0; x < width; ++x, from += step, to += count)
                 *to = *from;
         }
+        if (found_.multiplied)
+            divide_by_alpha();
         if (found_.mirrored())
             mirror(count);
         store(line);
@@ -288,6 +300,15 @@ private:
     {
         const std::size_t size = found_.width * stored_;
         return std::span(samples_).subspan(plane * size, size);
+    }
+    /// Transparency is left out, so the colours become what they are beneath it.
+    void divide_by_alpha()
+    {
+        const std::uint8_t* alpha = samples_.data() + 3;
+        std::uint8_t* colour = colours_.data();
+        for (std::size_t x = 0; x < found_.width; ++x, alpha += stored_, colour += 3)
+            for (std::size_t i = 0; i < 3 && *alpha != 0 && *alpha != 255; ++i)
+                colour[i] = static_cast<std::uint8_t>(std::min(colour[i] * 255 / *alpha, 255));
     }
     void mirror(std::size_t count)
     {
