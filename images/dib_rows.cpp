@@ -116,17 +116,44 @@ void read_line_as_24(std::span<const std::uint8_t> source, std::uint32_t bits, s
 void read_line_as_indices(
     const std::uint8_t* source, std::uint32_t bits, std::uint8_t* line, std::int32_t width) noexcept
 {
-    for (std::int32_t x = 0; x < width; ++x)
-        line[x] = index_of(source, x, bits);
+    std::int32_t x = 0;
+    if (bits == 8) {
+        WriteLine8(source, line, width);
+        return;
+    }
+    if (bits == 4)
+        for (; x + 2 <= width; x += 2, ++source) {
+            line[x] = *source >> 4;
+            line[x + 1] = *source & 0x0F;
+        }
+    else if (bits == 1)
+        for (; x + 8 <= width; x += 8, ++source)
+            for (int i = 0; i < 8; ++i)
+                line[x + i] = *source >> (7 - i) & 1;
+    for (std::int32_t rest = x; x < width; ++x)
+        line[x] = index_of(source, x - rest, bits);
 }
 
 void write_indices(
     const std::uint8_t* line, std::uint8_t* destination, std::uint32_t bits, std::int32_t width) noexcept
 {
-    if (bits == 8)
-        return WriteLine8(line, destination, width);
-    for (std::int32_t x = 0; x < width; ++x)
-        put_index(destination, x, bits, line[x]);
+    std::int32_t x = 0;
+    if (bits == 8) {
+        WriteLine8(line, destination, width);
+        return;
+    }
+    if (bits == 4)
+        for (; x + 2 <= width; x += 2)
+            *destination++ = static_cast<std::uint8_t>((line[x] & 0x0F) << 4 | (line[x + 1] & 0x0F));
+    else if (bits == 1)
+        for (; x + 8 <= width; x += 8) {
+            unsigned byte = 0;
+            for (int i = 0; i < 8; ++i)
+                byte = byte << 1 | (line[x + i] & 1U);
+            *destination++ = static_cast<std::uint8_t>(byte);
+        }
+    for (std::int32_t rest = x; x < width; ++x)
+        put_index(destination, x - rest, bits, line[x]);
 }
 
 void copy_pixels(const std::uint8_t* source, std::int32_t source_x, std::uint8_t* destination,
