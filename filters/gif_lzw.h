@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+/// The numbers of GIF's variable-length-code LZW that its decoder and its encoder share.
+namespace klv {
+
+inline constexpr unsigned gif_most_code_bits = 12;
+inline constexpr std::uint32_t gif_code_count = 1U << gif_most_code_bits;
+inline constexpr std::uint32_t gif_most_literals = 256;
+
+/// The codes that are fixed by the minimum code size.
+struct gif_code_layout {
+    unsigned literal_bits = 8; ///< the minimum code size
+
+    [[nodiscard]] std::uint32_t clear() const { return 1U << literal_bits; }
+    [[nodiscard]] std::uint32_t end() const { return clear() + 1; }
+    [[nodiscard]] std::uint32_t first_free() const { return clear() + 2; }
+    /// Bits of the codes that follow a clear code.
+    [[nodiscard]] unsigned first_code_bits() const { return literal_bits + 1; }
+};
+
+} // namespace klv
