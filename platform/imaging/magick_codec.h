@@ -15,8 +15,15 @@ inline constexpr std::size_t magick_header_bytes = 128;
 /// \return imaging_library_missing without the library
 [[nodiscard]] imaging_result magick_available();
 
-/// Delivers the file's pixels as info describes them; size as in magick_library.
-imaging_result magick_load(const char* format, dimension size, image_io& in, const file_info& info,
+/// What of a file is wanted.
+struct magick_source {
+    const char* format; ///< as GraphicsMagick names it
+    dimension size{}; ///< among several resolutions
+    bool mirrored = false; ///< lines are stored from right to left
+};
+
+/// Delivers the file's pixels as info describes them.
+imaging_result magick_load(const magick_source& source, image_io& in, const file_info& info,
     bitmap_handle& bitmap, load_callback callback, void* user);
 imaging_result magick_save(
     const char* format, image_io& out, const bitmap_handle& bitmap, line_source& lines);

@@ -79,7 +79,7 @@ imaging_result info(image_io& in, file_info& info)
 imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
 {
-    return magick_load("PCX", {}, in, info, bitmap, callback, user);
+    return magick_load({.format = "PCX"}, in, info, bitmap, callback, user);
 }
 
 imaging_result save(image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t)

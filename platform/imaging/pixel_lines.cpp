@@ -3,6 +3,7 @@
 #include "platform/dib_decode.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace klv::imaging {
 
@@ -12,6 +13,21 @@ std::uint8_t grey_of(std::uint32_t index, std::uint32_t shades, bool white_first
 {
     const std::uint32_t from_black = white_first ? shades - 1 - index : index;
     return static_cast<std::uint8_t>(from_black * 255 / (shades - 1));
+}
+
+/// The inverse of the cube root, straight near 0, that makes lightness of light (CIE 15).
+double from_lab_axis(double value)
+{
+    constexpr double bend = 6.0 / 29;
+    return value > bend ? value * value * value : 3 * bend * bend * (value - 4.0 / 29);
+}
+
+/// Linear light of a primary as a level of IEC 61966-2-1.
+std::uint8_t srgb_level(double light)
+{
+    const double value = std::clamp(light, 0.0, 1.0);
+    const double level = value <= 0.0031308 ? 12.92 * value : 1.055 * std::pow(value, 1 / 2.4) - 0.055;
+    return static_cast<std::uint8_t>(std::lround(level * 255));
 }
 
 } // namespace
@@ -70,6 +86,29 @@ void inks_to_24(const std::uint8_t* cmyk, std::uint8_t* bgr, std::size_t width, 
         bgr[0] = multiplied(cmyk[2] ^ flip, black);
         bgr[1] = multiplied(cmyk[1] ^ flip, black);
         bgr[2] = multiplied(cmyk[0] ^ flip, black);
+    }
+}
+
+void lab_to_24(const std::uint8_t* lab, std::uint8_t* bgr, std::size_t width)
+{
+    for (std::size_t x = 0; x < width; ++x, lab += 3, bgr += 3) {
+        const double fy = (lab[0] * 100.0 / 255 + 16) / 116;
+        const double light_x = 0.9642 * from_lab_axis(fy + (lab[1] - 128) / 500.0);
+        const double light_y = from_lab_axis(fy);
+        const double light_z = 0.8249 * from_lab_axis(fy - (lab[2] - 128) / 200.0);
+        // To the primaries of sRGB, adapted from D50 to D65 (Bradford).
+        bgr[0] = srgb_level(0.0719453 * light_x - 0.2289914 * light_y + 1.4052427 * light_z);
+        bgr[1] = srgb_level(-0.9787684 * light_x + 1.9161415 * light_y + 0.0334540 * light_z);
+        bgr[2] = srgb_level(3.1338561 * light_x - 1.6168667 * light_y - 0.4906146 * light_z);
+    }
+}
+
+void mirror_pixels(std::uint8_t* pixels, std::size_t width, std::size_t pixel_bytes)
+{
+    for (std::size_t low = 0, high = width; low + 1 < high; ++low) {
+        --high;
+        std::swap_ranges(
+            pixels + low * pixel_bytes, pixels + (low + 1) * pixel_bytes, pixels + high * pixel_bytes);
     }
 }
 

@@ -31,6 +31,12 @@ void expand_to_24(const bitmap_handle& bitmap, const std::uint8_t* line, std::ui
 /// Inks to 24-bit pixels. `light`: 255 stands for no ink, as Adobe's programs store it in JPEG files.
 void inks_to_24(const std::uint8_t* cmyk, std::uint8_t* bgr, std::size_t width, bool light);
 
+/// Lightness and two colour axes, each 0 to 255 with the axes' zero at 128, under the light D50 of printers.
+void lab_to_24(const std::uint8_t* lab, std::uint8_t* bgr, std::size_t width);
+
+/// Reverses the order of pixels of whole bytes.
+void mirror_pixels(std::uint8_t* pixels, std::size_t width, std::size_t pixel_bytes);
+
 /// Packs indices, one a byte, at 1, 4 or 8 bits; indices that the depth does not hold lose their high bits.
 void pack_indices(const std::uint8_t* indices, std::uint8_t* line, std::size_t width, std::int32_t bits);
 /// The reverse of pack_indices.

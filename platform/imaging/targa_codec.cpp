@@ -24,6 +24,7 @@ struct targa_header {
     std::int32_t width = 0;
     std::int32_t height = 0;
     std::uint8_t bits = 0;
+    bool from_right = false;
 
     static targa_header read(byte_reader& in)
     {
@@ -38,6 +39,7 @@ struct targa_header {
         found.width = in.u16le();
         found.height = in.u16le();
         found.bits = in.u8();
+        found.from_right = (in.u8() & 0x10) != 0;
         return found;
     }
 
@@ -70,12 +72,17 @@ bool recognises(std::span<const std::uint8_t> start)
         && header.delivered_bits() != 0;
 }
 
-imaging_result info(image_io& in, file_info& info)
+targa_header read_header(image_io& in)
 {
     std::array<std::uint8_t, header_bytes> bytes{};
     const std::size_t size = in.read(bytes);
     byte_reader reader({bytes.data(), size});
-    const targa_header header = targa_header::read(reader);
+    return targa_header::read(reader);
+}
+
+imaging_result info(image_io& in, file_info& info)
+{
+    const targa_header header = read_header(in);
     info.width = header.width;
     info.height = header.height;
     info.bits_per_pixel = header.delivered_bits();
@@ -86,7 +93,8 @@ imaging_result info(image_io& in, file_info& info)
 imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
 {
-    return magick_load("TGA", {}, in, info, bitmap, callback, user);
+    const targa_header header = read_header(in);
+    return magick_load({.format = "TGA", .mirrored = header.from_right}, in, info, bitmap, callback, user);
 }
 
 imaging_result save(image_io& out, const bitmap_handle& bitmap, line_source& lines, std::int32_t)

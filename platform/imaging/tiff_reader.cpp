@@ -1,8 +1,8 @@
 #include "platform/imaging/pixel_lines.h"
 #include "platform/imaging/resolution.h"
+#include "platform/imaging/samples.h"
 #include "platform/imaging/tiff_file.h"
 #include "platform/imaging/tiff_rows.h"
-#include "platform/imaging/tiff_samples.h"
 
 #include <algorithm>
 #include <optional>
@@ -286,7 +286,7 @@ public:
         if (found_.multiplied)
             divide_by_alpha();
         if (found_.mirrored())
-            mirror(count);
+            mirror_pixels(colours_.data(), width, count);
         store(line);
     }
 
@@ -309,13 +309,6 @@ private:
         for (std::size_t x = 0; x < found_.width; ++x, alpha += stored_, colour += 3)
             for (std::size_t i = 0; i < 3 && *alpha != 0 && *alpha != 255; ++i)
                 colour[i] = static_cast<std::uint8_t>(std::min(colour[i] * 255 / *alpha, 255));
-    }
-    void mirror(std::size_t count)
-    {
-        for (std::size_t low = 0, high = found_.width - 1; low < high; ++low, --high)
-            std::swap_ranges(colours_.begin() + static_cast<std::ptrdiff_t>(low * count),
-                colours_.begin() + static_cast<std::ptrdiff_t>((low + 1) * count),
-                colours_.begin() + static_cast<std::ptrdiff_t>(high * count));
     }
     void store(std::uint8_t* line) const
     {

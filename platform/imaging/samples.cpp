@@ -1,4 +1,4 @@
-#include "platform/imaging/tiff_samples.h"
+#include "platform/imaging/samples.h"
 
 #include <algorithm>
 #include <bit>

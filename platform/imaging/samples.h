@@ -6,7 +6,7 @@
 
 namespace klv::imaging {
 
-/// How the samples of a TIFF row are stored.
+/// How the samples of a row are stored.
 struct sample_format {
     enum class number : std::uint8_t { natural, integer, real };
 
