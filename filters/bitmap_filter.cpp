@@ -23,12 +23,12 @@ struct bitmap_conversion {
     oPROGRESS* progress = nullptr;
     /// The status of the last conversion; what a failure to load the module answers.
     oFILTER_STATUS status = oFILTER_FAILED;
+    missing_library missing = missing_library::none;
 };
 
 bitmap_conversion conversion;
 
 // ---- Stream callbacks
-// --------------------------------------------------------------------------------------
 
 std::int32_t open_stream(const char*, std::int32_t, void*)
 {
@@ -69,26 +69,70 @@ std::int32_t seek_stream(std::int32_t offset, std::int32_t origin, void*)
 
 std::int32_t close_stream(void*) { return conversion.stream ? 1 : -1; }
 
-/// Installs the stream callbacks for the life of one conversion.
-class redirected_stream {
+/// Records a conversion for the callbacks, and installs those of the stream, for the conversion's life.
+class recorded_conversion {
 public:
-    redirected_stream(const BMINTERFACE& module, vSTREAM& stream, oDIB* bitmap, oPROGRESS* progress)
+    enum class file_access { through_stream, by_name };
+
+    recorded_conversion(const BMINTERFACE& module, vSTREAM& stream, oDIB* bitmap, oPROGRESS* progress,
+        file_access access = file_access::through_stream)
         : module_(module)
     {
-        conversion = {&stream, bitmap, progress, oFILTER_OK};
-        module_.RedirectIO(open_stream, read_stream, write_stream, seek_stream, close_stream, nullptr);
+        conversion = {&stream, bitmap, progress, oFILTER_OK, missing_library::none};
+        if (access == file_access::through_stream)
+            module_.RedirectIO(open_stream, read_stream, write_stream, seek_stream, close_stream, nullptr);
+        else
+            access_files();
     }
-    redirected_stream(const redirected_stream&) = delete;
-    redirected_stream& operator=(const redirected_stream&) = delete;
-    ~redirected_stream()
+    recorded_conversion(const recorded_conversion&) = delete;
+    recorded_conversion& operator=(const recorded_conversion&) = delete;
+    ~recorded_conversion()
     {
-        module_.RedirectIO(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-        conversion = {nullptr, nullptr, nullptr, conversion.status};
+        access_files();
+        conversion = {nullptr, nullptr, nullptr, conversion.status, conversion.missing};
     }
 
 private:
+    void access_files() { module_.RedirectIO(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr); }
+
     const BMINTERFACE& module_;
 };
+
+/// Closes a stream while somebody else uses its file.
+class closed_stream {
+public:
+    explicit closed_stream(vSTREAM* stream)
+        : stream_(stream && stream->Close() ? stream : nullptr)
+    {
+    }
+    closed_stream(const closed_stream&) = delete;
+    closed_stream& operator=(const closed_stream&) = delete;
+    ~closed_stream()
+    {
+        if (stream_)
+            stream_->ReOpen();
+    }
+
+private:
+    vSTREAM* stream_;
+};
+
+/// The module, whose absence is remembered.
+const BMINTERFACE* wanted_module()
+{
+    const BMINTERFACE* const module = BMINTERFACE::get();
+    if (!module)
+        conversion.missing = missing_library::imaging_module;
+    return module;
+}
+
+/// Whether an entry point succeeded. What it says about a library that is not there is remembered.
+bool succeeded(std::int32_t result)
+{
+    if (result == imaging::imaging_library_missing)
+        conversion.missing = missing_library::format_library;
+    return result == imaging_ok;
+}
 
 /// The answer when the module is not there: never a success.
 oFILTER_STATUS status_without_module()
@@ -97,7 +141,6 @@ oFILTER_STATUS status_without_module()
 }
 
 // ---- Reading
-// -----------------------------------------------------------------------------------------------
 
 /// The colour model and the depth as which a file's pixels are read.
 struct delivered_layout {
@@ -180,7 +223,10 @@ std::int32_t LoadImageCB(const file_info&, const bitmap_handle& handle, std::uin
 oFILTER_STATUS load_image(const BMINTERFACE& module, const char* name, bool photoshop)
 {
     file_info info{};
-    if (module.FileInfo(name, &info) != imaging_ok || info.width < 0 || info.height < 0)
+    const bool described = succeeded(module.FileInfo(name, &info));
+    if (conversion.missing != missing_library::none)
+        return oFILTER_FAILED;
+    if (!described || info.width < 0 || info.height < 0)
         return oFILTER_UNSUPPORTED;
     const delivered_layout layout = layout_for(info.bits_per_pixel);
     bitmap_handle handle{};
@@ -199,9 +245,8 @@ oFILTER_STATUS load_image(const BMINTERFACE& module, const char* name, bool phot
         conversion.progress->oFullScale(static_cast<std::uint32_t>(info.height));
     }
     const std::int32_t colour_order = photoshop && info.bits_per_pixel > 8 ? 1 : 0;
-    const bool loaded = module.LoadFile(name, &handle, layout.bits, colour_order,
-                            imaging::load_flags_all_lines, LoadImageCB, nullptr)
-        == imaging_ok;
+    const bool loaded = succeeded(module.LoadFile(
+        name, &handle, layout.bits, colour_order, imaging::load_flags_all_lines, LoadImageCB, nullptr));
     if (loaded)
         module.FreeBitmap(&handle);
     if (conversion.progress)
@@ -212,7 +257,6 @@ oFILTER_STATUS load_image(const BMINTERFACE& module, const char* name, bool phot
 }
 
 // ---- Writing
-// -----------------------------------------------------------------------------------------------
 
 std::int32_t save_lines(
     const bitmap_handle&, std::uint8_t* band, std::int32_t row, std::int32_t lines, void* counter)
@@ -251,9 +295,8 @@ bool save_image(const BMINTERFACE& module, oDIB& in, std::uint16_t format)
     if (!colours.empty() && colours.size() <= 256)
         module.PutBitmapColors(&handle, 0, static_cast<std::uint32_t>(colours.size()), colours.data());
     std::uint32_t counter = 0;
-    const bool saved = module.SaveFile(imaging::redirected_name, &handle, format, header.ColourDepth(),
-                           imaging::best_quality, imaging::save_flags_default, save_lines, &counter)
-        == imaging_ok;
+    const bool saved = succeeded(module.SaveFile(imaging::redirected_name, &handle, format,
+        header.ColourDepth(), imaging::best_quality, imaging::save_flags_default, save_lines, &counter));
     module.FreeBitmap(&handle);
     return saved;
 }
@@ -262,9 +305,10 @@ bool save_image(const BMINTERFACE& module, oDIB& in, std::uint16_t format)
 
 oBMFILTER::~oBMFILTER() { BMINTERFACE::discard(); }
 
+missing_library oBMFILTER::MissingLibrary() noexcept { return conversion.missing; }
+
 void oBMFILTER::SetProgressInd(oPROGRESSBM* progress)
 {
-    bitmap_progress_ = progress;
     oFILTER::SetProgressInd(static_cast<oPROGRESS*>(progress));
 }
 
@@ -275,7 +319,7 @@ oFILTER_STATUS oBMFILTER::CheckStream(vARCHIVE& in)
         return LastStatus();
     if (!in.IsStream())
         return SetStatus(oFILTER_FAILED);
-    const redirected_stream redirected(*module, static_cast<vSTREAM&>(in), nullptr, nullptr);
+    const recorded_conversion recorded(*module, static_cast<vSTREAM&>(in), nullptr, nullptr);
     file_info info{};
     const bool described = module->FileInfo(imaging::redirected_name, &info) == imaging_ok;
     return SetStatus(described ? oFILTER_OK : oFILTER_UNSUPPORTED);
@@ -283,25 +327,35 @@ oFILTER_STATUS oBMFILTER::CheckStream(vARCHIVE& in)
 
 oFILTER_STATUS oBMFILTER::Convert(vSTREAM& in, oDIB& out)
 {
-    const BMINTERFACE* const module = BMINTERFACE::get();
+    const BMINTERFACE* const module = wanted_module();
     if (!module)
         return SetStatus(status_without_module());
     const vSTRING name = in.Name();
-    const redirected_stream redirected(*module, in, &out, progress());
-    conversion.status = load_image(*module, name(), GetID() == vSTRING("PSD"));
+    const bool by_name
+        = library_format_ == imaging::format_photo_cd || library_format_ == imaging::format_flashpix;
+    if (by_name) {
+        GetResolutionCount(name);
+        const vSIZE wanted = GetResolution(resolution_);
+        module->SetDimension(library_format_, wanted.Width(), wanted.Height());
+    }
+    using access = recorded_conversion::file_access;
+    const recorded_conversion recorded(
+        *module, in, &out, progress(), by_name ? access::by_name : access::through_stream);
+    const closed_stream closed(library_format_ == imaging::format_flashpix ? &in : nullptr);
+    conversion.status = load_image(*module, name(), library_format_ == imaging::format_photoshop);
     return SetStatus(conversion.status);
 }
 
 oFILTER_STATUS oBMFILTER::ConvertBitmap(oDIB& in, vSTREAM& out, std::uint16_t format)
 {
-    const BMINTERFACE* const module = BMINTERFACE::get();
+    const BMINTERFACE* const module = wanted_module();
     if (!module)
         return SetStatus(oFILTER_FAILED);
     if (progress()) {
         progress()->oStart();
         progress()->oFullScale(static_cast<std::uint32_t>(std::max(in.Height(), 0)));
     }
-    const redirected_stream redirected(*module, out, &in, progress());
+    const recorded_conversion recorded(*module, out, &in, progress());
     const bool saved = save_image(*module, in, format);
     if (saved && progress())
         progress()->oTerminate();
@@ -313,14 +367,21 @@ oFILTER_STATUS oBMFILTER::Convert(vARCHIVE* in, vARCHIVE* out)
 {
     if (!in || !out)
         return SetStatus(oFILTER_READ_ERROR);
-    if (!in->IsStream() || !out->IsStream() || !BMINTERFACE::get())
+    if (!in->IsStream() || !out->IsStream() || !wanted_module())
         return SetStatus(oFILTER_FAILED);
+    return StoreBitmap(static_cast<vSTREAM&>(*in), static_cast<vSTREAM&>(*out));
+}
+
+oFILTER_STATUS oBMFILTER::StoreBitmap(vSTREAM& in, vSTREAM& out)
+{
     oMEMDIB bitmap;
-    if (Convert(static_cast<vSTREAM&>(*in), bitmap) != oFILTER_OK)
+    Convert(in, bitmap);
+    if (!bitmap.HasPixels())
         return LastStatus();
-    auto& target = static_cast<vSTREAM&>(*out);
-    target.MoveFromStart(0);
-    bitmap >> target;
+    out.MoveFromStart(0);
+    bitmap >> out;
+    if (LastStatus() == oFILTER_OK && out.Status() == vSTREAM_WRITE_ERROR)
+        return SetStatus(oFILTER_WRITE_ERROR);
     return LastStatus();
 }
 

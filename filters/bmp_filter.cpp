@@ -19,6 +19,11 @@ constexpr std::uint32_t copy_step = 500;
 
 } // namespace
 
+DIBFILTER::DIBFILTER()
+    : oBMFILTER(imaging::format_bmp)
+{
+}
+
 oFILTER_STATUS DIBFILTER::CheckStream(vARCHIVE& in)
 {
     if (!in.IsStream())

@@ -9,6 +9,7 @@ class DIBFILTER : public oBMFILTER {
 public:
     using oBMFILTER::Convert;
 
+    DIBFILTER();
     /// Accepts "BM" at the start of a stream of more than 40 bytes.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
     vSTRING GetID() const override;

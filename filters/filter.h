@@ -84,6 +84,12 @@ public:
 
 protected:
     oFILTER_STATUS SetStatus(oFILTER_STATUS status) { return last_status_ = status; }
+    /// The answer of recognisers that tell "mine" by oFILTER_RECOGNISED; the last status is then OK.
+    oFILTER_STATUS Recognised(bool mine)
+    {
+        SetStatus(mine ? oFILTER_OK : oFILTER_FAILED);
+        return mine ? oFILTER_RECOGNISED : oFILTER_FAILED;
+    }
     oPROGRESS* progress() const { return progress_; }
 
 private:

@@ -5,6 +5,13 @@
 
 namespace klv {
 
+/// What is not installed when a conversion fails for want of a library.
+enum class missing_library : int {
+    none,
+    imaging_module, ///< the module itself
+    format_library, ///< the library by which the module serves the format
+};
+
 /// The imaging module as the bitmap filters see it: its module handles and entry points. One record for the
 /// process, made when a conversion needs it and discarded with any bitmap filter; the modules stay loaded.
 class BMINTERFACE {

@@ -11,6 +11,11 @@ constexpr std::uint16_t description_resource = 33013;
 
 } // namespace
 
+PNGFILTER::PNGFILTER()
+    : oBMFILTER(imaging::format_png)
+{
+}
+
 oFILTER_STATUS PNGFILTER::CheckStream(vARCHIVE&) { return LastStatus(); }
 
 vSTRING PNGFILTER::GetID() const { return vSTRING("PNG"); }

@@ -9,6 +9,7 @@ class PNGFILTER : public oBMFILTER {
 public:
     using oBMFILTER::Convert;
 
+    PNGFILTER();
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
     vSTRING GetID() const override;
     vSTRING GetDescription() const override;

@@ -22,7 +22,6 @@ int oLAFILTER::GetMetafileInterface(vSTREAM&, vMETAFILE**) { return 0; }
 
 void oLAFILTER::SetProgressInd(oPROGRESSLA* progress)
 {
-    vector_progress_ = progress;
     oFILTER::SetProgressInd(static_cast<oPROGRESS*>(progress));
 }
 

@@ -39,10 +39,8 @@ public:
 
 protected:
     bool faithful() const { return reading_level_ >= oREADING_LEVEL::faithful; }
-    oPROGRESSLA* vector_progress() const { return vector_progress_; }
 
 private:
-    oPROGRESSLA* vector_progress_ = nullptr;
     oREADING_LEVEL reading_level_ = oREADING_LEVEL::documented;
 };
 
