@@ -1,7 +1,7 @@
 #include "images/dib_convert.h"
 
 #include "core/integer_math.h"
-#include "images/colour_matcher.h"
+#include "images/dib_reduce.h"
 #include "images/resample.h"
 
 #include <algorithm>
@@ -60,70 +60,67 @@ bool scale(vBUFFER<std::uint8_t>& pixels, const pixel_rows& from, const mutable_
     return true;
 }
 
-constexpr std::array<RGBQUAD, 16> standard_colours{
-    {{0, 0, 0, 0}, {0, 0, 128, 0}, {0, 128, 0, 0}, {0, 128, 128, 0}, {128, 0, 0, 0}, {128, 0, 128, 0},
-        {128, 128, 0, 0}, {192, 192, 192, 0}, {128, 128, 128, 0}, {0, 0, 255, 0}, {0, 255, 0, 0},
-        {0, 255, 255, 0}, {255, 0, 0, 0}, {255, 0, 255, 0}, {255, 255, 0, 0}, {255, 255, 255, 0}}};
-
-/// A 6 x 6 x 6 colour cube and, in the room that is left, a ramp of greys.
-std::array<RGBQUAD, 256> make_colour_cube()
+/// Runs both passes of a reduction over lines that read(y) delivers, into the lines of the result. Line y is
+/// read once more before it is written, and never after that.
+template <class ReadLine> bool reduce_lines(dib_pixels& result, ReadLine read)
 {
-    constexpr int side = 6;
-    constexpr int step = 255 / (side - 1);
-    constexpr std::size_t cube_size = side * side * side;
-    std::array<RGBQUAD, 256> colours{};
-    for (std::size_t i = 0; i < cube_size; ++i) {
-        const auto level = [&](std::size_t digit) { return static_cast<std::uint8_t>(digit % side * step); };
-        colours[i] = {level(i), level(i / side), level(i / (side * side)), 0};
+    const std::int32_t height = result.header.Height();
+    dib_reducer reducer(result.header.Width(), result.header.ColourDepth());
+    for (std::int32_t y = 0; y < height; ++y) {
+        const std::uint8_t* const line = read(y);
+        if (!line)
+            return false;
+        if (!reducer.look_at(line))
+            break;
     }
-    const std::size_t greys = colours.size() - cube_size;
-    for (std::size_t i = 0; i < greys; ++i) {
-        const auto grey = static_cast<std::uint8_t>((i + 1) * 255 / (greys + 1));
-        colours[cube_size + i] = {grey, grey, grey, 0};
-    }
-    return colours;
-}
-
-/// The colours of 24-bit pixels in the order of their appearance, as long as there are at most `most`.
-bool collect_colours(
-    std::span<const std::uint8_t> pixels, std::int32_t width, std::size_t most, vBUFFER<RGBQUAD>& colours)
-{
-    const std::size_t stride = stride_of(width, 24);
-    std::array<std::uint32_t, 1024> seen; // open addressing; more than twice as many slots as colours
-    constexpr std::uint32_t empty = 0xFFFFFFFF;
-    seen.fill(empty);
-    std::uint32_t previous = empty;
-    for (std::size_t row = 0; row < pixels.size(); row += stride) {
-        for (std::size_t x = 0; x < static_cast<std::size_t>(width); ++x) {
-            const std::uint8_t* p = pixels.data() + row + 3 * x;
-            const std::uint32_t colour = p[0] | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16;
-            if (colour == previous)
-                continue;
-            previous = colour;
-            std::size_t slot = (colour * 2654435761U) >> 22;
-            while (seen[slot] != empty && seen[slot] != colour)
-                slot = (slot + 1) % seen.size();
-            if (seen[slot] == colour)
-                continue;
-            if (colours.size() == most || !colours.push_back({p[0], p[1], p[2], 0}))
-                return false;
-            seen[slot] = colour;
-        }
+    if (!reducer.start() || !result.colours.assign(reducer.colours()))
+        return false;
+    const std::size_t stride = result.header.BytesPerLine();
+    for (std::int32_t y = 0; y < height; ++y) {
+        const std::uint8_t* const line = read(y);
+        if (!line)
+            return false;
+        std::uint8_t* const target = result.pixels.data() + stride * static_cast<std::size_t>(y);
+        std::fill_n(target, stride, std::uint8_t{0});
+        reducer.reduce_line(line, target);
     }
     return true;
 }
 
-bool choose_colours(
-    std::span<const std::uint8_t> pixels, std::int32_t width, std::uint16_t bits, vBUFFER<RGBQUAD>& colours)
-{
-    const std::size_t most = std::size_t{1} << bits;
-    if (collect_colours(pixels, width, most, colours))
-        return true;
-    if (bits == 1) {
-        const std::array<RGBQUAD, 2> black_and_white{{{0, 0, 0, 0}, {255, 255, 255, 0}}};
-        return colours.assign(black_and_white);
+/// The lines of an area of a bitmap as 24-bit pixels, one at a time.
+class area_lines {
+public:
+    area_lines(const oDIB& source, const RECT& area)
+        : source_(source)
+        , area_(area)
+    {
     }
-    return bits == 4 ? colours.assign(standard_colours) : colours.assign(make_colour_cube());
+    [[nodiscard]] bool make_room()
+    {
+        return line_.resize(source_.BytesPerLine())
+            && row_.resize(static_cast<std::size_t>(source_.Width()) * 3);
+    }
+    /// Line y of the area, counted from its bottom; null when the bitmap does not deliver it.
+    [[nodiscard]] const std::uint8_t* operator()(std::int32_t y)
+    {
+        if (!source_.GetImageLines(area_.top + y, 1, line_.data(), nullptr))
+            return nullptr;
+        read_line_as_24(line_.span(), source_.ColourDepth(), row_.data(), source_.Width(), source_.colours());
+        return row_.data() + static_cast<std::size_t>(area_.left) * 3;
+    }
+
+private:
+    const oDIB& source_;
+    const RECT& area_;
+    vBUFFER<std::uint8_t> line_;
+    vBUFFER<std::uint8_t> row_;
+};
+
+/// To fewer bits in the same size, without a copy in 24 bits.
+bool reduce_area(const oDIB& source, const RECT& area, dib_pixels& result)
+{
+    area_lines lines(source, area);
+    return lines.make_room() && reduce_lines(result, [&](std::int32_t y) { return lines(y); });
 }
 
 bool convert_through_24(const oDIB& source, const RECT& area, std::int32_t width, std::int32_t height,
@@ -175,35 +172,45 @@ bool convert_indices(
 bool read_area_as_24(const oDIB& source, const RECT& area, vBUFFER<std::uint8_t>& pixels) noexcept
 {
     const std::int32_t width = area.right - area.left;
+    const std::int32_t height = area.bottom - area.top;
     const std::size_t stride = stride_of(width, 24);
-    vBUFFER<std::uint8_t> row;
-    if (!row.resize(static_cast<std::size_t>(source.Width()) * 3)
-        || !pixels.resize(stride * static_cast<std::size_t>(area.bottom - area.top)))
+    area_lines lines(source, area);
+    if (!lines.make_room() || !pixels.resize(stride * static_cast<std::size_t>(height)))
         return false;
-    return for_each_line(source, area, [&](std::int32_t y, std::span<const std::uint8_t> line) {
-        read_line_as_24(line, source.ColourDepth(), row.data(), source.Width(), source.colours());
-        WriteLine24(row.data() + static_cast<std::size_t>(area.left) * 3,
-            pixels.data() + stride * static_cast<std::size_t>(y), width);
-    });
+    for (std::int32_t y = 0; y < height; ++y) {
+        const std::uint8_t* const line = lines(y);
+        if (!line)
+            return false;
+        WriteLine24(line, pixels.data() + stride * static_cast<std::size_t>(y), width);
+    }
+    return true;
 }
 
 bool quantise_24(std::span<const std::uint8_t> pixels, std::int32_t width, dib_pixels& result) noexcept
 {
-    const std::uint16_t bits = result.header.ColourDepth();
-    if (!choose_colours(pixels, width, bits, result.colours))
+    const std::size_t stride = stride_of(width, 24);
+    return reduce_lines(
+        result, [&](std::int32_t y) { return pixels.data() + stride * static_cast<std::size_t>(y); });
+}
+
+bool reduce_in_place(const oDIBHEADER& from, std::span<const RGBQUAD> colours, dib_pixels& bitmap) noexcept
+{
+    if (bitmap.header.ColourDepth() >= from.ColourDepth() || bitmap.header.Width() != from.Width()
+        || bitmap.header.Height() != from.Height())
         return false;
-    const colour_matcher matcher(result.colours.span());
-    const dib_line_colours colours{{}, &matcher};
-    vBUFFER<std::uint8_t> indices;
-    if (!indices.resize(static_cast<std::size_t>(width)))
+    vBUFFER<std::uint8_t> row;
+    if (!row.resize(static_cast<std::size_t>(from.Width()) * 3))
         return false;
-    const std::size_t source_stride = stride_of(width, 24);
-    const std::size_t target_stride = result.header.BytesPerLine();
-    for (std::size_t y = 0; y < static_cast<std::size_t>(result.header.Height()); ++y) {
-        ReadLine24To8(pixels.data() + source_stride * y, indices.data(), width, colours);
-        write_indices(indices.data(), result.pixels.data() + target_stride * y, bits, width);
-    }
-    return true;
+    const std::size_t stride = from.BytesPerLine();
+    // The lines get shorter, so that no line is written over one that is still to be read.
+    const bool reduced = reduce_lines(bitmap, [&](std::int32_t y) {
+        const auto line = bitmap.pixels.span().subspan(stride * static_cast<std::size_t>(y), stride);
+        read_line_as_24(line, from.ColourDepth(), row.data(), from.Width(), colours);
+        return row.data();
+    });
+    if (reduced)
+        bitmap.pixels.truncate(bitmap.header.Size());
+    return reduced;
 }
 
 bool convert_dib(const oDIB& source, const RECT& area, std::int32_t width, std::int32_t height,
@@ -220,6 +227,12 @@ bool convert_dib(const oDIB& source, const RECT& area, std::int32_t width, std::
         MulDiv(source_header.VertDPI(), height, area.bottom - area.top), model_of_bits(bits));
     if (result.header.Size() == 0)
         return false;
+    const bool same_size = width == area.right - area.left && height == area.bottom - area.top;
+    if (same_size) {
+        // Exactly, and with it what stands for "no resolution".
+        result.header.info().biXPelsPerMeter = source_header.info().biXPelsPerMeter;
+        result.header.info().biYPelsPerMeter = source_header.info().biYPelsPerMeter;
+    }
 
     const std::uint16_t source_bits = source.ColourDepth();
     if (source_bits <= 8 && source_bits <= bits && bits <= 8)
@@ -227,6 +240,8 @@ bool convert_dib(const oDIB& source, const RECT& area, std::int32_t width, std::
             && convert_indices(source, area, width, height, result);
     if (bits != 24 && !result.pixels.resize(result.header.Size()))
         return false;
+    if (bits != 24 && same_size)
+        return reduce_area(source, area, result);
     return convert_through_24(source, area, width, height, smooth && source_bits > 8, result);
 }
 

@@ -235,6 +235,23 @@ void oMEMDIB::operator>>(vSTREAM& stream) const noexcept
 
 int oMEMDIB::HasPixels() const noexcept { return !pixels_.empty(); }
 
+int oMEMDIB::Reduce(int bits) noexcept
+{
+    if (pixels_.empty() || locked_ || (bits != 1 && bits != 4 && bits != 8))
+        return 0;
+    dib_pixels result;
+    result.header = oDIBHEADER(Width(), Height(), 0, 0, model_of_bits(static_cast<unsigned>(bits)));
+    result.header.info().biXPelsPerMeter = header_.info().biXPelsPerMeter;
+    result.header.info().biYPelsPerMeter = header_.info().biYPelsPerMeter;
+    result.pixels.swap(pixels_);
+    if (!reduce_in_place(header_, colours(), result)) {
+        pixels_.swap(result.pixels);
+        return 0;
+    }
+    take(result.header, result.colours.span(), std::move(result.pixels));
+    return 1;
+}
+
 std::span<const std::uint8_t> oMEMDIB::line(std::int32_t index) const noexcept
 {
     if (pixels_.empty() || !has_lines(index, 1))

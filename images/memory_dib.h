@@ -60,6 +60,10 @@ public:
     void operator>>(vSTREAM& stream) const noexcept override;
 
     [[nodiscard]] int HasPixels() const noexcept;
+    /// Turns the bitmap into one of fewer bits (1, 4 or 8) in the memory that it has: exactly when it has few
+    /// enough colours, else dithered. Answers 0, and keeps the bitmap, when the depth would not shrink, the
+    /// bitmap has no pixels or memory is out.
+    int Reduce(int bits) noexcept;
     /// The bytes of one line, bottom line 0; empty for a line that is not there.
     [[nodiscard]] std::span<const std::uint8_t> line(std::int32_t index) const noexcept;
     [[nodiscard]] std::span<std::uint8_t> line(std::int32_t index) noexcept;

@@ -132,8 +132,6 @@ TEST(Dib, ConvertsBetweenDepths)
         EXPECT_EQ(text_of(converted), text_of(source)) << bits;
         EXPECT_EQ(text_of(oMEMDIB(converted, 0, 0, 8, 0, 0)), text_of(source)) << bits;
     }
-    // Too many colours for one bit: black or white, whichever is nearer.
-    EXPECT_EQ(text_of(oMEMDIB(source, 0, 0, 1, 0, 0)), (picture{"#.##", "#..#"}));
     EXPECT_EQ(text_of(oMEMDIB(dib_of({"r.r"}), 0, 0, 1, 0, 0)), (picture{"r.r"}));
     EXPECT_FALSE(oMEMDIB(source, 0, 0, 7, 0, 0).HasPixels());
     EXPECT_EQ(text_of(oSTREAMDIB(source, oMODEL_PALETTE8, 0, 0, nullptr)), text_of(source));
@@ -141,23 +139,6 @@ TEST(Dib, ConvertsBetweenDepths)
     EXPECT_EQ(text_of(oSTREAMDIB(source, oMODEL_RGB24, 0, 0, &right_top)), (picture{"g#"}));
     const vRECT outside(2, 0, 5, 1);
     EXPECT_EQ(oSTREAMDIB(source, oMODEL_RGB24, 0, 0, &outside).Width(), 0);
-}
-
-TEST(Dib, ManyColoursBecomeTheNearestOfACube)
-{
-    oMEMDIB source(64, 64, 24, oMODEL_RGB24, 0);
-    for (int y = 0; y < 64; ++y)
-        for (int x = 0; x < 64; ++x) {
-            source.line(y)[static_cast<std::size_t>(3 * x)] = static_cast<std::uint8_t>(4 * x);
-            source.line(y)[static_cast<std::size_t>(3 * x + 1)] = static_cast<std::uint8_t>(4 * y);
-            source.line(y)[static_cast<std::size_t>(3 * x + 2)] = 200;
-        }
-    const oMEMDIB back(oMEMDIB(source, 0, 0, 8, 0, 0), 0, 0, 24, 0, 0);
-    int worst = 0;
-    for (int y = 0; y < 64; ++y)
-        for (std::size_t i = 0; i < 64 * 3; ++i)
-            worst = std::max(worst, std::abs(back.line(y)[i] - std::as_const(source).line(y)[i]));
-    EXPECT_LE(worst, 26); // half a step of the cube, and rounding
 }
 
 TEST(Dib, TheLineConvertersAreThoseOfTheTable)
