@@ -89,8 +89,9 @@ const std::uint8_t* line_source::stored_line(std::int32_t index, bool descending
 
 std::span<const codec> codecs()
 {
-    static const std::array all{png_codec, jpeg_codec, bmp_codec, tiff_codec, photoshop_codec, photo_cd_codec,
-        pcx_codec, targa_codec};
+    // Targa files have no signature: whatever else a file may be comes first.
+    static const std::array all{png_codec, jpeg_codec, bmp_codec, tiff_codec, photoshop_codec, flashpix_codec,
+        photo_cd_codec, pcx_codec, targa_codec};
     return all;
 }
 

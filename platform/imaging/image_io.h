@@ -38,6 +38,8 @@ public:
     /// Bytes delivered.
     std::size_t read(std::span<std::uint8_t> bytes);
     [[nodiscard]] bool write(std::span<const std::uint8_t> bytes);
+    /// The file of the file system; null when the caller's stream is read.
+    [[nodiscard]] std::FILE* file() const { return file_; }
     /// The whole file, as far as it can be read.
     std::vector<std::uint8_t> read_all();
 
