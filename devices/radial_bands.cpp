@@ -78,12 +78,23 @@ void paint_rings(band_painter& painter, const gradation& colours, radial_bands b
     }
 }
 
+RECT disc_box(const POINT& centre, int radius) noexcept
+{
+    return {centre.x - radius, centre.y - radius, centre.x + radius, centre.y + radius};
+}
+
 void paint_discs(band_painter& painter, const gradation& colours, const radial_bands& bands) noexcept
 {
-    const POINT& c = bands.centre;
+    const HDC dc = painter.dc();
+    // Where a disc hides what lies below, all that will be seen of it is what the next leaves of it.
+    const bool hides = GetROP2(dc) == R2_COPYPEN;
     for (int r = bands.radius; r > 0; r -= bands.band) {
         painter.colour(colours.at_radius(r, bands.radius));
-        Ellipse(painter.dc(), c.x - r, c.y - r, c.x + r, c.y + r);
+        const RECT disc = disc_box(bands.centre, r);
+        if (hides)
+            EllipseRing(dc, disc, disc_box(bands.centre, std::max(0, r - bands.band)));
+        else
+            Ellipse(dc, disc.left, disc.top, disc.right, disc.bottom);
     }
 }
 

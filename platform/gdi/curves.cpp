@@ -80,6 +80,36 @@ void fill_rounded_box(
     out.flush();
 }
 
+void fill_ellipse_ring(const box& outer, const box& inner, const box& clip, span_sink& sink)
+{
+    const box visible = intersection(outer, clip);
+    if (is_empty(visible))
+        return;
+    const rounded_rows outer_rows(outer, INT32_MAX, INT32_MAX);
+    const rounded_rows inner_rows(inner, INT32_MAX, INT32_MAX);
+    span_batch out(sink);
+    const auto add = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) {
+        x0 = std::max(x0, visible.x1);
+        x1 = std::min(x1, visible.x2);
+        if (x0 < x1)
+            out.add(y, x0, x1);
+    };
+    for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
+        const std::int32_t cut = outer_rows.inset(y);
+        const std::int32_t left = outer.x1 + cut;
+        const std::int32_t right = outer.x2 - cut;
+        const bool has_hole = y >= inner.y1 && y < inner.y2;
+        const std::int32_t hole_cut = has_hole ? inner_rows.inset(y) : 0;
+        if (has_hole && inner.x1 + hole_cut < inner.x2 - hole_cut) {
+            add(y, left, inner.x1 + hole_cut);
+            add(y, inner.x2 - hole_cut, right);
+        } else {
+            add(y, left, right);
+        }
+    }
+    out.flush();
+}
+
 void outline_rounded_box(
     const box& area, std::int32_t width, std::int32_t height, const box& clip, span_sink& sink)
 {

@@ -11,6 +11,8 @@ namespace klv::gdi {
 /// pixel centres. Sizes of at least the box's own make it an ellipse. Rows and runs are cut to clip.
 void fill_rounded_box(
     const box& area, std::int32_t width, std::int32_t height, const box& clip, span_sink& sink);
+/// The rows of an ellipse without those of another that lies inside it.
+void fill_ellipse_ring(const box& outer, const box& inner, const box& clip, span_sink& sink);
 /// The border of the same, one pixel wide and connected, each pixel once.
 void outline_rounded_box(
     const box& area, std::int32_t width, std::int32_t height, const box& clip, span_sink& sink);

@@ -238,6 +238,23 @@ BOOL Ellipse(HDC handle, INT left, INT top, INT right, INT bottom) noexcept
     return RoundRect(handle, left, top, right, bottom, INT32_MAX, INT32_MAX);
 }
 
+BOOL EllipseRing(HDC handle, const RECT& outer, const RECT& inner) noexcept
+{
+    return guarded([&]() -> BOOL {
+        auto* dc = find_context(handle);
+        if (dc == nullptr)
+            return FALSE;
+        const auto area_of = [&](const RECT& r) {
+            const framed_box frame(*dc, r.left, r.top, r.right, r.bottom);
+            return is_empty(frame.outer) ? box{} : frame.fill_area();
+        };
+        fill_selected(*dc, [&](const box& bounds, span_sink& sink) {
+            fill_ellipse_ring(area_of(outer), area_of(inner), bounds, sink);
+        });
+        return TRUE;
+    });
+}
+
 BOOL RoundRect(HDC handle, INT left, INT top, INT right, INT bottom, INT width, INT height) noexcept
 {
     return guarded([&]() -> BOOL {

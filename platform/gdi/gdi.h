@@ -285,6 +285,9 @@ BOOL PolyPolygon(HDC dc, const POINT* points, const INT* counts, INT polygons) n
 BOOL Rectangle(HDC dc, INT left, INT top, INT right, INT bottom) noexcept;
 BOOL RoundRect(HDC dc, INT left, INT top, INT right, INT bottom, INT width, INT height) noexcept;
 BOOL Ellipse(HDC dc, INT left, INT top, INT right, INT bottom) noexcept;
+/// Fills what Ellipse would fill of the outer box and would not of the inner one, without an outline. Nested
+/// ellipses painted from the outside in come out the same, and each pixel is written once.
+BOOL EllipseRing(HDC dc, const RECT& outer, const RECT& inner) noexcept;
 /// Arcs run from the ray through the start point to the ray through the end point, counter-clockwise as
 /// seen unless SetArcDirection said otherwise.
 BOOL Arc(HDC dc, INT left, INT top, INT right, INT bottom, INT x_start, INT y_start, INT x_end,

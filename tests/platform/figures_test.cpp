@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -80,6 +81,30 @@ TEST(Figures, EllipsesAreSymmetric)
 ########..............
 .######...............
 ..####................)");
+}
+
+TEST(Figures, RingsFromTheOutsideInLookLikeWholeEllipses)
+{
+    // Odd and even sizes, flat ones, and steps down to an empty inner box; cut off by the canvas as well.
+    for (const RECT outer : {RECT{1, 1, 40, 40}, {-9, 3, 48, 32}, {4, 4, 36, 37}, {0, 12, 40, 19}})
+        for (const INT step : {1, 2, 5}) {
+            raster_canvas rings(40, 40);
+            raster_canvas ellipses(40, 40);
+            for (raster_canvas* canvas : {&rings, &ellipses})
+                SelectObject(*canvas, GetStockObject(NULL_PEN));
+            RECT box = outer;
+            for (INT i = 0; box.left < box.right && box.top < box.bottom; ++i) {
+                const COLORREF colour = i % 2 == 0 ? black : red;
+                const auto ring_brush = use_brush(rings, colour);
+                const auto ellipse_brush = use_brush(ellipses, colour);
+                const RECT inner{box.left + step, box.top + step, std::max(box.left + step, box.right - step),
+                    std::max(box.top + step, box.bottom - step)};
+                EllipseRing(rings, box, inner);
+                Ellipse(ellipses, box.left, box.top, box.right, box.bottom);
+                box = inner;
+            }
+            EXPECT_EQ(rings.art(), ellipses.art()) << outer.left << ' ' << step;
+        }
 }
 
 TEST(Figures, OutlinesOfRoundFigures)
