@@ -1,7 +1,9 @@
 #include "platform/gdi/scan_converter.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 
 namespace klv::gdi {
 
@@ -259,18 +261,43 @@ template <fill_rule Rule> void scan_converter::emit_row(std::int32_t y, span_bat
 }
 
 // Both rules fill between two edges, whichever is on the left; most rows of most figures are this.
-void scan_converter::fill_between(std::int32_t y, std::int32_t end_row, span_batch& out)
+void scan_converter::fill_between(
+    edge& a, edge& b, std::int32_t y, std::int32_t end_row, span_batch& out) const
+{
+    for (; y < end_row; ++y) {
+        const std::int32_t x0 = std::max(std::min(a.pixel(), b.pixel()), clip_.x1);
+        const std::int32_t x1 = std::min(std::max(a.pixel(), b.pixel()), clip_.x2);
+        if (x0 < x1)
+            out.add(y, x0, x1);
+        a.x += a.step;
+        b.x += b.step;
+    }
+}
+
+// Every row of a closed figure meets an even number of edges, so of three the longest lies beside the other
+// two, one after the other, and two lie side by side.
+void scan_converter::fill_triangle(span_batch& out)
+{
+    const auto swap_unless = [](bool in_order, starting_edge& a, starting_edge& b) {
+        if (!in_order)
+            std::swap(a, b);
+    };
+    starting_edge* const e = edges_.data();
+    const std::size_t count = edges_.size();
+    for (std::size_t i = 1; i < count; ++i)
+        swap_unless(e[0].end_row - e[0].first_row >= e[i].end_row - e[i].first_row, e[0], e[i]);
+    if (count == 3)
+        swap_unless(e[1].first_row <= e[2].first_row, e[1], e[2]);
+    edge longest = e[0];
+    for (std::size_t i = 1; i < count; ++i)
+        fill_between(longest, e[i], e[i].first_row, e[i].end_row, out);
+}
+
+void scan_converter::fill_pair(std::int32_t y, std::int32_t end_row, span_batch& out)
 {
     edge left = active_[0];
     edge right = active_[1];
-    for (; y < end_row; ++y) {
-        const std::int32_t x0 = std::max(std::min(left.pixel(), right.pixel()), clip_.x1);
-        const std::int32_t x1 = std::min(std::max(left.pixel(), right.pixel()), clip_.x2);
-        if (x0 < x1)
-            out.add(y, x0, x1);
-        left.x += left.step;
-        right.x += right.step;
-    }
+    fill_between(left, right, y, end_row, out);
     if (left.x > right.x)
         std::swap(left, right);
     active_.clear();
@@ -279,8 +306,42 @@ void scan_converter::fill_between(std::int32_t y, std::int32_t end_row, span_bat
             active_.push_back(e);
 }
 
+// A ring or a letter's bowl: two runs a row, as long as the edges keep their order. Answers the first row
+// that is left.
+std::int32_t scan_converter::fill_ring(std::int32_t y, std::int32_t end_row, span_batch& out)
+{
+    std::array<edge, 4> edges;
+    std::copy_n(active_.begin(), edges.size(), edges.begin());
+    const auto clipped
+        = [left = clip_.x1, right = clip_.x2](const edge& e) { return std::clamp(e.pixel(), left, right); };
+    const auto in_order
+        = [&] { return edges[0].x <= edges[1].x && edges[1].x <= edges[2].x && edges[2].x <= edges[3].x; };
+    for (; y < end_row && in_order(); ++y) {
+        for (const std::size_t i : {0U, 2U}) {
+            const std::int32_t x0 = clipped(edges[i]);
+            const std::int32_t x1 = clipped(edges[i + 1]);
+            if (x0 < x1)
+                out.add(y, x0, x1);
+        }
+        for (edge& e : edges)
+            e.x += e.step;
+    }
+    std::sort(edges.begin(), edges.end(), [](const edge& a, const edge& b) { return a.x < b.x; });
+    active_.clear();
+    std::copy_if(edges.begin(), edges.end(), std::back_inserter(active_),
+        [y](const edge& e) { return e.end_row > y; });
+    return y;
+}
+
 template <fill_rule Rule> void scan_converter::run_rows(span_batch& out)
 {
+    // The row where an active edge ends or the next one starts.
+    const auto next_event = [this](std::size_t next) {
+        std::int32_t row = next < edges_.size() ? edges_[next].first_row : clip_.y2;
+        for (const edge& e : active_)
+            row = std::min(row, e.end_row);
+        return row;
+    };
     active_.clear();
     std::size_t next = 0;
     std::int32_t y = 0;
@@ -293,10 +354,11 @@ template <fill_rule Rule> void scan_converter::run_rows(span_batch& out)
             activate(first, next);
         }
         if (active_.size() == 2) {
-            const std::int32_t next_start = next < edges_.size() ? edges_[next].first_row : clip_.y2;
-            const std::int32_t end_row = std::min({active_[0].end_row, active_[1].end_row, next_start});
-            fill_between(y, end_row, out);
+            const std::int32_t end_row = next_event(next);
+            fill_pair(y, end_row, out);
             y = end_row;
+        } else if (Rule == fill_rule::even_odd && active_.size() == 4) {
+            y = fill_ring(y, next_event(next), out);
         } else {
             emit_row<Rule>(y, out);
             step_active(++y);
@@ -308,12 +370,16 @@ void scan_converter::run(fill_rule rule, span_sink& sink)
 {
     if (edges_.empty())
         return;
-    sort_edges();
     span_batch out(sink);
-    if (rule == fill_rule::even_odd)
-        run_rows<fill_rule::even_odd>(out);
-    else
-        run_rows<fill_rule::non_zero>(out);
+    if (edges_.size() <= 3) {
+        fill_triangle(out);
+    } else {
+        sort_edges();
+        if (rule == fill_rule::even_odd)
+            run_rows<fill_rule::even_odd>(out);
+        else
+            run_rows<fill_rule::non_zero>(out);
+    }
     out.flush();
 }
 

@@ -57,7 +57,10 @@ private:
     void add_far_edge(double x0, double y0, double x1, double y1);
     void add_far_polygon(std::span<const POINT> corners);
     void sort_edges();
-    void fill_between(std::int32_t y, std::int32_t end_row, span_batch& out);
+    void fill_between(edge& a, edge& b, std::int32_t y, std::int32_t end_row, span_batch& out) const;
+    void fill_triangle(span_batch& out);
+    void fill_pair(std::int32_t y, std::int32_t end_row, span_batch& out);
+    std::int32_t fill_ring(std::int32_t y, std::int32_t end_row, span_batch& out);
     template <fill_rule Rule> void run_rows(span_batch& out);
     template <fill_rule Rule> void emit_row(std::int32_t y, span_batch& out) const;
     void step_active(std::int32_t next_row);
