@@ -3,6 +3,7 @@
 #include "platform/gdi/pixel_fill.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 namespace klv::gdi {
@@ -73,34 +74,51 @@ void mix_24(const surface& s, pixel_op op, std::span<const span> spans)
     }
 }
 
-// Pixels of 1 or 4 bits: whole bytes in the middle, masked ones at both ends.
+// Rows of 1- and 4-bit surfaces are whole words of 32 bits, whose first pixel lies in the highest bits.
+constexpr std::uint32_t big_endian(std::uint32_t word)
+{
+    if constexpr (std::endian::native == std::endian::big)
+        return word;
+    else
+        return word << 24 | (word & 0xFF00U) << 8 | (word >> 8 & 0xFF00U) | word >> 24;
+}
+std::uint32_t load_word(const std::uint8_t* at)
+{
+    std::uint32_t word = 0;
+    std::memcpy(&word, at, sizeof word);
+    return big_endian(word);
+}
+void store_word(std::uint8_t* at, std::uint32_t word)
+{
+    word = big_endian(word);
+    std::memcpy(at, &word, sizeof word);
+}
+
+// Pixels of 1 or 4 bits: whole words in the middle, masked ones at both ends.
 template <unsigned Bits> void mix_packed(const surface& s, pixel_op op, std::span<const span> spans)
 {
-    constexpr std::int32_t per_byte = 8 / Bits;
-    constexpr unsigned spread = Bits == 1 ? 0xFF : 0x11;
-    const auto keep = static_cast<std::uint8_t>((op.and_bits & ((1U << Bits) - 1)) * spread);
-    const auto flip = static_cast<std::uint8_t>((op.xor_bits & ((1U << Bits) - 1)) * spread);
-    const auto mix = [keep, flip](std::uint8_t d) { return static_cast<std::uint8_t>((d & keep) ^ flip); };
-    const auto mix_part = [mix](std::uint8_t& d, unsigned mask) {
-        d = static_cast<std::uint8_t>((d & ~mask & 0xFF) | (mix(d) & mask));
+    constexpr std::int32_t per_word = 32 / Bits;
+    constexpr std::uint32_t spread = Bits == 1 ? 0xFFFFFFFFU : 0x11111111U;
+    const std::uint32_t keep = (op.and_bits & ((1U << Bits) - 1)) * spread;
+    const std::uint32_t flip = (op.xor_bits & ((1U << Bits) - 1)) * spread;
+    const auto mix = [keep, flip](std::uint8_t* at, std::uint32_t mask) {
+        const std::uint32_t word = load_word(at);
+        store_word(at, (word & (keep | ~mask)) ^ (flip & mask));
     };
     for (const span& p : spans) {
-        std::uint8_t* first = s.row(p.y) + p.x0 / per_byte;
-        std::uint8_t* last = s.row(p.y) + p.x1 / per_byte;
-        const unsigned head = 0xFFU >> (static_cast<unsigned>(p.x0 % per_byte) * Bits);
-        const unsigned tail = 0xFFU & ~(0xFFU >> (static_cast<unsigned>(p.x1 % per_byte) * Bits));
-        if (first == last) {
-            mix_part(*first, head & tail);
+        std::uint8_t* at = s.row(p.y) + p.x0 / per_word * 4;
+        std::uint8_t* const last = s.row(p.y) + (p.x1 - 1) / per_word * 4;
+        const std::uint32_t head = 0xFFFFFFFFU >> (static_cast<unsigned>(p.x0 % per_word) * Bits);
+        const std::uint32_t tail = 0xFFFFFFFFU
+            << (static_cast<unsigned>(per_word - 1 - (p.x1 - 1) % per_word) * Bits);
+        if (at == last) {
+            mix(at, head & tail);
             continue;
         }
-        mix_part(*first++, head);
-        if (keep == 0)
-            fill_bytes(first, static_cast<std::size_t>(last - first), flip);
-        else
-            for (std::uint8_t* d = first; d != last; ++d)
-                *d = mix(*d);
-        if (tail != 0)
-            mix_part(*last, tail);
+        mix(at, head);
+        for (at += 4; at != last; at += 4)
+            mix(at, 0xFFFFFFFFU);
+        mix(last, tail);
     }
 }
 

@@ -36,26 +36,17 @@ template <class Pixel> void fill_pixels(Pixel* to, std::size_t count, Pixel valu
 #endif
         Pixel blocks[block];
         std::fill_n(blocks, block, value);
+        if (count <= 4 * block) {
+            // Up to four blocks, without asking how many.
+            const std::size_t last_at = count - block;
+            for (const std::size_t at : {std::size_t{0}, block, 2 * block, last_at})
+                std::memcpy(to + std::min(at, last_at), blocks, sizeof blocks);
+            return;
+        }
         Pixel* const last = to + count - block;
         for (; to < last; to += block)
             std::memcpy(to, blocks, sizeof blocks);
         std::memcpy(last, blocks, sizeof blocks);
-    }
-}
-
-/// The same for bytes, of which short runs are the rule: the rows of surfaces of one or four bits.
-inline void fill_bytes(std::uint8_t* to, std::size_t count, std::uint8_t value)
-{
-    constexpr std::size_t block = 8;
-    if (count < block) {
-        for (std::size_t i = 0; i < count; ++i)
-            to[i] = value;
-    } else if (count <= 2 * block) {
-        const std::uint64_t bytes = value * 0x0101010101010101U;
-        std::memcpy(to, &bytes, block);
-        std::memcpy(to + count - block, &bytes, block);
-    } else {
-        std::memset(to, value, count);
     }
 }
 
