@@ -23,18 +23,27 @@ bool fits(const pixel_rows& source, const mutable_pixel_rows& target)
 
 constexpr std::int32_t greatest_factor = 16; // 16 * 16 * 255 is the last sum that 16 bits hold
 
-/// Adds rows of bytes into 16-bit sums.
+/// Adds columns of bytes into 16-bit sums, so many side by side that their sums stay in registers.
+template <std::size_t Columns>
+void sum_columns(const std::uint8_t* from, std::ptrdiff_t stride, std::int32_t rows, std::uint16_t* sums)
+{
+    std::array<std::uint16_t, Columns> total{};
+    for (std::int32_t y = 0; y < rows; ++y, from += stride)
+        for (std::size_t i = 0; i < Columns; ++i)
+            total[i] = static_cast<std::uint16_t>(total[i] + from[i]);
+    std::copy(total.begin(), total.end(), sums);
+}
+
 void sum_rows(const pixel_rows& source, std::int32_t first, std::int32_t count, std::size_t bytes,
     std::uint16_t* __restrict sums)
 {
-    const std::uint8_t* row = source.row(first);
-    for (std::size_t i = 0; i < bytes; ++i)
-        sums[i] = row[i];
-    for (std::int32_t y = 1; y < count; ++y) {
-        row = source.row(first + y);
-        for (std::size_t i = 0; i < bytes; ++i)
-            sums[i] = static_cast<std::uint16_t>(sums[i] + row[i]);
-    }
+    constexpr std::size_t columns = 64;
+    const std::uint8_t* const row = source.row(first);
+    std::size_t i = 0;
+    for (; i + columns <= bytes; i += columns)
+        sum_columns<columns>(row + i, source.stride, count, sums + i);
+    for (; i < bytes; ++i)
+        sum_columns<1>(row + i, source.stride, count, sums + i);
 }
 
 /// Divides sums of up to 255 * area by an area of at most 256, rounding half up. Exact: the products stay
