@@ -1,9 +1,8 @@
 #include "platform/dib_decode.h"
 
-#include "platform/byte_reader.h"
-
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace klv {
 
@@ -49,106 +48,142 @@ void masked_pixels::to_24(const std::uint8_t* source, std::uint8_t* line, std::i
 
 namespace {
 
-/// Where run-length data is written: a position that may lie past the right edge, where nothing is stored.
-class run_target {
-public:
-    run_target(unsigned bits, std::int32_t width, std::int32_t height, std::uint8_t* rows, std::size_t stride)
-        : bits_(bits)
-        , width_(static_cast<std::uint32_t>(std::max(width, 0)))
-        , height_(static_cast<std::uint32_t>(std::max(height, 0)))
-        , rows_(rows)
-        , stride_(stride)
-    {
-    }
-
-    [[nodiscard]] bool full() const { return y_ >= height_; }
-    void next_row()
-    {
-        x_ = 0;
-        ++y_;
-    }
-    void move(std::uint32_t dx, std::uint32_t dy)
-    {
-        x_ = std::min(x_ + dx, width_);
-        y_ = std::min(y_ + dy, height_);
-    }
-    void run(std::uint32_t count, std::uint8_t value)
-    {
-        count = std::min(count, width_ - x_);
-        if (bits_ == 8) {
-            std::memset(row() + x_, value, count);
-            x_ += count;
-            return;
-        }
-        for (std::uint32_t i = 0; i < count; ++i)
-            put_nibble(i % 2 == 0 ? value >> 4 : value & 0x0F);
-    }
-    void copy(std::span<const std::uint8_t> pixels, std::uint32_t count)
-    {
-        count = std::min(count, width_ - x_);
-        if (bits_ == 8) {
-            std::memcpy(row() + x_, pixels.data(), count);
-            x_ += count;
-            return;
-        }
-        for (std::uint32_t i = 0; i < count; ++i)
-            put_nibble(i % 2 == 0 ? pixels[i / 2] >> 4 : pixels[i / 2] & 0x0F);
-    }
-
-private:
-    [[nodiscard]] std::uint8_t* row() const { return rows_ + stride_ * y_; }
-    void put_nibble(int value)
-    {
-        std::uint8_t& byte = row()[x_ / 2];
-        byte = static_cast<std::uint8_t>(x_ % 2 == 0 ? (byte & 0x0F) | value << 4 : (byte & 0xF0) | value);
-        ++x_;
-    }
-
-    unsigned bits_;
-    std::uint32_t width_;
-    std::uint32_t height_;
-    std::uint8_t* rows_;
-    std::size_t stride_;
-    std::uint32_t x_ = 0; // at most width_
-    std::uint32_t y_ = 0;
-};
-
 constexpr std::uint8_t escape = 0;
 constexpr std::uint8_t end_of_row = 0;
 constexpr std::uint8_t end_of_bitmap = 1;
 constexpr std::uint8_t delta = 2;
+/// A count is a byte; a pixel has three bytes at most.
+constexpr std::size_t most_literal_bytes = 255 * 3;
+
+void put_nibble(std::uint8_t* row, std::uint32_t x, int value)
+{
+    std::uint8_t& byte = row[x / 2];
+    byte = static_cast<std::uint8_t>(x % 2 == 0 ? (byte & 0x0F) | value << 4 : (byte & 0xF0) | value);
+}
+
+/// Data that is there as a whole.
+class one_piece final : public byte_pieces {
+public:
+    explicit one_piece(std::span<const std::uint8_t> data)
+        : data_(data)
+    {
+    }
+    std::span<const std::uint8_t> next() override { return std::exchange(data_, {}); }
+
+private:
+    std::span<const std::uint8_t> data_;
+};
 
 } // namespace
+
+run_length_rows::run_length_rows(byte_pieces& source, unsigned bits, std::int32_t width)
+    : source_(source)
+    , bits_(bits)
+    , width_(static_cast<std::uint32_t>(std::max(width, 0)))
+{
+}
+
+bool run_length_rows::read(std::span<std::uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        if (piece_.empty())
+            piece_ = source_.next();
+        if (piece_.empty())
+            return false;
+        const std::size_t count = std::min(bytes.size(), piece_.size());
+        std::copy_n(piece_.begin(), count, bytes.begin());
+        piece_ = piece_.subspan(count);
+        bytes = bytes.subspan(count);
+    }
+    return true;
+}
+
+bool run_length_rows::next(std::uint8_t* row)
+{
+    if (rows_to_skip_ > 0) {
+        --rows_to_skip_;
+        return true;
+    }
+    while (!ended_) {
+        std::array<std::uint8_t, 2> code{};
+        if (!read(code))
+            return false;
+        const std::uint8_t value = code[1];
+        if (code[0] != escape) {
+            if (!run(row, code[0], value))
+                return false;
+        } else if (value == end_of_row) {
+            x_ = 0;
+            return true;
+        } else if (value == end_of_bitmap) {
+            ended_ = true;
+        } else if (value == delta) {
+            std::array<std::uint8_t, 2> move{};
+            if (!read(move))
+                return false;
+            x_ = std::min(x_ + move[0], width_);
+            if (move[1] > 0) {
+                rows_to_skip_ = move[1] - 1U;
+                return true;
+            }
+        } else if (!literals(row, value)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool run_length_rows::run(std::uint8_t* row, std::uint32_t count, std::uint8_t first)
+{
+    std::array<std::uint8_t, 3> pixel{first};
+    if (bits_ == 24 && !read(std::span(pixel).subspan(1)))
+        return false;
+    put(row, pixel.data(), count, true);
+    return true;
+}
+
+/// Literal pixels, padded to a whole number of 16-bit words.
+bool run_length_rows::literals(std::uint8_t* row, std::uint32_t count)
+{
+    std::array<std::uint8_t, most_literal_bytes> pixels{};
+    const std::size_t size = (std::size_t{count} * bits_ + 7) / 8;
+    if (!read(std::span(pixels).first(size)))
+        return false;
+    put(row, pixels.data(), count, false);
+    std::array<std::uint8_t, 1> padding{};
+    if (size % 2 != 0)
+        (void)read(padding);
+    return true;
+}
+
+void run_length_rows::put(std::uint8_t* row, const std::uint8_t* pixels, std::uint32_t count, bool repeated)
+{
+    count = std::min(count, width_ - x_);
+    if (bits_ == 4) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const std::uint8_t pair = pixels[repeated ? 0 : i / 2];
+            put_nibble(row, x_ + i, i % 2 == 0 ? pair >> 4 : pair & 0x0F);
+        }
+    } else if (bits_ == 8 && repeated) {
+        std::memset(row + x_, pixels[0], count);
+    } else {
+        const std::size_t bytes = bits_ / 8;
+        for (std::uint32_t i = 0; i < count && repeated; ++i)
+            std::copy_n(pixels, bytes, row + (x_ + i) * bytes);
+        if (!repeated)
+            std::copy_n(pixels, count * bytes, row + x_ * bytes);
+    }
+    x_ += count;
+}
 
 bool decode_run_lengths(std::span<const std::uint8_t> data, unsigned bits, std::int32_t width,
     std::int32_t height, std::uint8_t* rows, std::size_t stride)
 {
-    byte_reader in(data);
-    run_target out(bits, width, height, rows, stride);
-    while (!out.full()) {
-        const std::uint8_t count = in.u8();
-        const std::uint8_t value = in.u8();
-        if (!in.ok())
+    one_piece source(data);
+    run_length_rows decoder(source, bits, width);
+    for (std::int32_t y = 0; y < height; ++y)
+        if (!decoder.next(rows + stride * static_cast<std::size_t>(y)))
             return false;
-        if (count != escape) {
-            out.run(count, value);
-        } else if (value == end_of_row) {
-            out.next_row();
-        } else if (value == end_of_bitmap) {
-            return true;
-        } else if (value == delta) {
-            const std::uint8_t dx = in.u8();
-            out.move(dx, in.u8());
-        } else {
-            // Literal pixels, padded to a whole number of 16-bit words.
-            const std::size_t size = (std::size_t{value} * bits + 7) / 8;
-            const auto pixels = in.bytes(size);
-            if (pixels.size() < size)
-                return false;
-            out.copy(pixels, value);
-            in.skip(size % 2);
-        }
-    }
     return true;
 }
 

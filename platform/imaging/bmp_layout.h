@@ -22,7 +22,11 @@ inline constexpr std::uint32_t smallest_os2_header_size = 16;
 inline constexpr std::uint32_t os2_header_size = 64;
 inline constexpr std::uint32_t info_header_size = 40;
 inline constexpr std::uint32_t header_size_with_masks = 52;
-inline constexpr std::uint32_t alpha_bitfields = 6; ///< compression: four masks follow
+// Compressions beside those of the graphics interface.
+inline constexpr std::uint32_t embedded_jpeg = 4; ///< the pixels are a JPEG file
+inline constexpr std::uint32_t os2_rle24 = 4; ///< in OS/2 files: runs of 24-bit pixels
+inline constexpr std::uint32_t embedded_png = 5; ///< the pixels are a PNG file
+inline constexpr std::uint32_t alpha_bitfields = 6; ///< four masks follow
 
 imaging_result info(image_io& in, file_info& info);
 imaging_result load(

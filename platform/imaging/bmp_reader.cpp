@@ -1,10 +1,13 @@
 #include "platform/byte_reader.h"
 #include "platform/dib_decode.h"
 #include "platform/imaging/bmp_layout.h"
+#include "platform/imaging/memory_file.h"
+#include "platform/imaging/pixel_lines.h"
 #include "platform/imaging/resolution.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <initializer_list>
 #include <vector>
 
 namespace klv::imaging::bmp {
@@ -15,6 +18,9 @@ namespace {
 constexpr std::uint64_t free_image_bytes = 1 << 20;
 constexpr std::uint64_t most_bytes_for_one_raw = 2;
 constexpr std::uint64_t most_bytes_for_one_run = 256;
+/// Headers and colour table are looked for in so many bytes from the start.
+constexpr std::size_t head_bytes = 1 << 16;
+constexpr std::size_t piece_bytes = 1 << 16;
 
 struct layout {
     std::int32_t width = 0;
@@ -30,7 +36,21 @@ struct layout {
     std::size_t colour_bytes = 4;
     std::size_t pixel_offset = 0;
 
-    [[nodiscard]] bool run_lengths() const { return compression == BI_RLE8 || compression == BI_RLE4; }
+    bool os2 = false;
+
+    [[nodiscard]] bool run_lengths() const
+    {
+        return compression == BI_RLE8 || compression == BI_RLE4 || (os2 && compression == os2_rle24);
+    }
+    /// The codec of a whole image file that stands for the pixels; null where there is none.
+    [[nodiscard]] const codec* embedded() const
+    {
+        return os2                         ? nullptr
+            : compression == embedded_jpeg ? &jpeg_codec
+            : compression == embedded_png  ? &png_codec
+                                           : nullptr;
+    }
+    [[nodiscard]] std::int32_t delivered_bits() const { return bits == 2 ? 4 : bits == 64 ? 24 : bits; }
     [[nodiscard]] std::size_t stride() const
     {
         return (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
@@ -72,28 +92,33 @@ void read_info_header(byte_reader& in, std::uint32_t header_size, layout& found)
         masks.skip(4);
 }
 
-bool readable(const layout& found, std::uint32_t header_size)
+bool readable(const layout& found)
 {
-    const bool os2 = header_size < info_header_size || header_size == os2_header_size;
+    const auto bits_are = [&found](std::initializer_list<int> possible) {
+        return std::ranges::find(possible, found.bits) != possible.end();
+    };
     switch (found.compression) {
     case BI_RGB:
-        return found.bits == 1 || found.bits == 2 || found.bits == 4 || found.bits == 8 || found.bits == 16
-            || found.bits == 24 || found.bits == 32;
+        return bits_are({1, 2, 4, 8, 16, 24, 32, 64});
     case BI_RLE8:
-        return found.bits == 8;
+        return bits_are({8});
     case BI_RLE4:
-        return found.bits == 4;
+        return bits_are({4});
     case BI_BITFIELDS:
     case alpha_bitfields:
         // The number stands for a facsimile code in OS/2 files.
-        return !os2 && (found.bits == 16 || found.bits == 32);
+        return !found.os2 && bits_are({16, 32});
+    case os2_rle24: // and embedded_jpeg
+        return !found.os2 || bits_are({24});
+    case embedded_png:
+        return !found.os2;
     default:
         return false;
     }
 }
 
 void place_colours_and_pixels(
-    layout& found, std::size_t headers_end, std::uint32_t stored_offset, std::size_t size)
+    layout& found, std::size_t headers_end, std::uint32_t stored_offset, std::uint32_t size)
 {
     const bool offset_is_good = stored_offset >= headers_end && stored_offset < size;
     found.table_offset = headers_end;
@@ -114,12 +139,13 @@ void place_colours_and_pixels(
     found.colours = static_cast<std::uint32_t>(std::min<std::size_t>(colours, most));
 }
 
-imaging_result read_layout(std::span<const std::uint8_t> file, layout& found)
+imaging_result parse_layout(std::span<const std::uint8_t> head, std::uint32_t file_size, layout& found)
 {
-    byte_reader in(file);
+    byte_reader in(head);
     in.skip(10);
     const std::uint32_t stored_offset = in.u32le();
     const std::uint32_t header_size = in.u32le();
+    found.os2 = header_size < info_header_size || header_size == os2_header_size;
     if (header_size == core_header_size)
         read_core_header(in, found);
     else if (header_size >= smallest_os2_header_size && in.holds(header_size - sizeof(std::uint32_t)))
@@ -128,20 +154,38 @@ imaging_result read_layout(std::span<const std::uint8_t> file, layout& found)
         return imaging_bad_data;
     if (!in.ok() || found.width <= 0 || found.height == 0 || found.height == INT32_MIN)
         return imaging_bad_data;
-    if (!readable(found, header_size))
+    if (!readable(found))
         return imaging_unsupported;
     found.top_down = found.height < 0;
     found.height = std::abs(found.height);
-    place_colours_and_pixels(found, in.position(), stored_offset, file.size());
+    if (found.embedded()) {
+        found.pixel_offset = stored_offset;
+        return imaging_ok;
+    }
+    place_colours_and_pixels(found, in.position(), stored_offset, file_size);
 
     const std::uint64_t bytes = std::uint64_t{found.stride()} * static_cast<std::uint32_t>(found.height);
     const std::uint64_t factor = found.run_lengths() ? most_bytes_for_one_run : most_bytes_for_one_raw;
-    return bytes > free_image_bytes && bytes / factor > file.size() ? imaging_bad_data : imaging_ok;
+    return bytes > free_image_bytes && bytes / factor > file_size ? imaging_bad_data : imaging_ok;
 }
+
+/// The start of a file with the headers and the colour table, and what they say.
+struct bmp_head {
+    std::vector<std::uint8_t> bytes;
+    layout found;
+
+    imaging_result read(image_io& in)
+    {
+        const std::uint32_t size = in.size();
+        bytes.resize(std::min<std::size_t>(size, head_bytes));
+        bytes.resize(in.read(bytes));
+        return parse_layout(bytes, size, found);
+    }
+};
 
 void read_colours(std::span<const std::uint8_t> file, const layout& found, bitmap_handle& bitmap)
 {
-    if (bitmap.bits_per_pixel > 8)
+    if (found.bits > 8)
         return;
     bitmap.colour_count = 1U << bitmap.bits_per_pixel;
     std::fill_n(bitmap.colours, bitmap.colour_count, RGBQUAD{});
@@ -163,6 +207,17 @@ void widen_indices(const std::uint8_t* row, std::uint8_t* line, std::int32_t wid
     }
 }
 
+/// Pixels of four numbers with 13 bits after the point: linear light, blue first, and an opacity.
+void linear_to_24(const std::uint8_t* row, std::uint8_t* line, std::int32_t width)
+{
+    constexpr double one = 8192;
+    for (std::int32_t x = 0; x < width; ++x, row += 8, line += 3) {
+        byte_reader in({row, 6});
+        for (int i = 0; i < 3; ++i)
+            line[i] = srgb_level(in.i16le() / one);
+    }
+}
+
 class row_unpacker {
 public:
     explicit row_unpacker(const layout& found)
@@ -172,7 +227,9 @@ public:
     }
     void operator()(const std::uint8_t* row, std::uint8_t* line) const
     {
-        if (found_.bits == 16 || found_.bits == 32)
+        if (found_.bits == 64)
+            linear_to_24(row, line, found_.width);
+        else if (found_.bits == 16 || found_.bits == 32)
             masked_.to_24(row, line, found_.width);
         else if (found_.bits == 2)
             widen_indices(row, line, found_.width);
@@ -185,27 +242,94 @@ private:
     masked_pixels masked_;
 };
 
-/// The rows in the order of the file, as far as they are there, each `stride` bytes.
-std::vector<std::uint8_t> expand_run_lengths(
-    std::span<const std::uint8_t> data, const layout& found, bool& complete)
+/// What is left of a file, in pieces.
+class file_pieces final : public byte_pieces {
+public:
+    explicit file_pieces(image_io& in)
+        : in_(in)
+        , piece_(piece_bytes)
+    {
+    }
+    std::span<const std::uint8_t> next() override { return {piece_.data(), in_.read(piece_)}; }
+
+private:
+    image_io& in_;
+    std::vector<std::uint8_t> piece_;
+};
+
+/// The rows in the order of the file, stored plainly or as runs.
+class stored_rows {
+public:
+    stored_rows(image_io& in, const layout& found)
+        : in_(in)
+        , found_(found)
+        , pieces_(in)
+        , runs_(pieces_, found.bits, found.width)
+        , row_(found.stride())
+    {
+    }
+    /// The next row; complete becomes false when it is not all there.
+    [[nodiscard]] const std::uint8_t* next(bool& complete)
+    {
+        if (found_.run_lengths()) {
+            std::ranges::fill(row_, std::uint8_t{0});
+            complete = runs_.next(row_.data());
+        } else {
+            complete = in_.read(row_) == row_.size();
+        }
+        return row_.data();
+    }
+
+private:
+    image_io& in_;
+    const layout& found_;
+    file_pieces pieces_;
+    run_length_rows runs_;
+    std::vector<std::uint8_t> row_;
+};
+
+/// The image file that stands for the pixels.
+std::vector<std::uint8_t> embedded_file(image_io& in, const layout& found)
 {
-    std::vector<std::uint8_t> rows(found.stride() * static_cast<std::size_t>(found.height));
-    complete = decode_run_lengths(data, found.bits, found.width, found.height, rows.data(), found.stride());
-    return rows;
+    std::vector<std::uint8_t> bytes = in.read_all();
+    bytes.erase(bytes.begin(),
+        bytes.begin() + static_cast<std::ptrdiff_t>(std::min(found.pixel_offset, bytes.size())));
+    return bytes;
+}
+
+imaging_result describe_embedded(image_io& in, const layout& found, file_info& info)
+{
+    const std::vector<std::uint8_t> bytes = embedded_file(in, found);
+    memory_file file(bytes);
+    const redirection io = file.io();
+    image_io inner(io, nullptr, image_io::access::reading);
+    return found.embedded()->info(inner, info);
+}
+
+imaging_result load_embedded(image_io& in, const layout& found, const file_info& info, bitmap_handle& bitmap,
+    load_callback callback, void* user)
+{
+    const std::vector<std::uint8_t> bytes = embedded_file(in, found);
+    memory_file file(bytes);
+    const redirection io = file.io();
+    image_io inner(io, nullptr, image_io::access::reading);
+    return found.embedded()->load(inner, info, bitmap, callback, user);
 }
 
 } // namespace
 
 imaging_result info(image_io& in, file_info& info)
 {
-    layout found;
-    const auto file = in.read_all();
-    const imaging_result result = read_layout(file, found);
+    bmp_head head;
+    const imaging_result result = head.read(in);
     if (result != imaging_ok)
         return result;
+    const layout& found = head.found;
+    if (found.embedded())
+        return describe_embedded(in, found, info);
     info.width = found.width;
     info.height = found.height;
-    info.bits_per_pixel = found.bits == 2 ? 4 : found.bits;
+    info.bits_per_pixel = found.delivered_bits();
     info.x_resolution = dots_per_inch_of_metre(found.x_pixels_per_metre);
     info.y_resolution = dots_per_inch_of_metre(found.y_pixels_per_metre);
     info.perspective = found.top_down ? top_left : bottom_left;
@@ -215,34 +339,30 @@ imaging_result info(image_io& in, file_info& info)
 imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
 {
-    layout found;
-    const auto file = in.read_all();
-    const imaging_result result = read_layout(file, found);
+    bmp_head head;
+    const imaging_result result = head.read(in);
     if (result != imaging_ok)
         return result;
-    read_colours(file, found, bitmap);
-
-    bool complete = true;
-    std::span<const std::uint8_t> rows(file);
-    rows = rows.subspan(std::min(found.pixel_offset, rows.size()));
-    std::vector<std::uint8_t> expanded;
-    if (found.run_lengths()) {
-        expanded = expand_run_lengths(rows, found, complete);
-        rows = expanded;
-    }
+    const layout& found = head.found;
+    if (found.embedded())
+        return load_embedded(in, found, info, bitmap, callback, user);
+    read_colours(head.bytes, found, bitmap);
+    if (!in.seek(static_cast<std::uint32_t>(found.pixel_offset)))
+        return imaging_read_error;
 
     line_sink sink(info, bitmap, callback, user);
     const row_unpacker unpack(found);
-    for (std::int32_t y = 0; y < found.height; ++y) {
-        const std::size_t offset = found.stride() * static_cast<std::size_t>(y);
-        if (rows.size() < offset + found.stride()) {
-            complete = false;
+    stored_rows rows(in, found);
+    bool complete = true;
+    for (std::int32_t y = 0; y < found.height && complete; ++y) {
+        const std::uint8_t* const row = rows.next(complete);
+        // Of runs that end early there is a part of the row; other rows are there or not.
+        if (!complete && !found.run_lengths())
             break;
-        }
         std::uint8_t* const line = sink.next_line();
         if (!line)
             return imaging_aborted;
-        unpack(rows.data() + offset, line);
+        unpack(row, line);
     }
     if (!sink.finish())
         return imaging_aborted;

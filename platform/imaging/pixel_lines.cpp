@@ -22,14 +22,6 @@ double from_lab_axis(double value)
     return value > bend ? value * value * value : 3 * bend * bend * (value - 4.0 / 29);
 }
 
-/// Linear light of a primary as a level of IEC 61966-2-1.
-std::uint8_t srgb_level(double light)
-{
-    const double value = std::clamp(light, 0.0, 1.0);
-    const double level = value <= 0.0031308 ? 12.92 * value : 1.055 * std::pow(value, 1 / 2.4) - 0.055;
-    return static_cast<std::uint8_t>(std::lround(level * 255));
-}
-
 } // namespace
 
 void set_grey_colours(bitmap_handle& bitmap, bool white_first)
@@ -87,6 +79,13 @@ void inks_to_24(const std::uint8_t* cmyk, std::uint8_t* bgr, std::size_t width, 
         bgr[1] = multiplied(cmyk[1] ^ flip, black);
         bgr[2] = multiplied(cmyk[0] ^ flip, black);
     }
+}
+
+std::uint8_t srgb_level(double light)
+{
+    const double value = std::clamp(light, 0.0, 1.0);
+    const double level = value <= 0.0031308 ? 12.92 * value : 1.055 * std::pow(value, 1 / 2.4) - 0.055;
+    return static_cast<std::uint8_t>(std::lround(level * 255));
 }
 
 void lab_to_24(const std::uint8_t* lab, std::uint8_t* bgr, std::size_t width)

@@ -31,6 +31,9 @@ void expand_to_24(const bitmap_handle& bitmap, const std::uint8_t* line, std::ui
 /// Inks to 24-bit pixels. `light`: 255 stands for no ink, as Adobe's programs store it in JPEG files.
 void inks_to_24(const std::uint8_t* cmyk, std::uint8_t* bgr, std::size_t width, bool light);
 
+/// Linear light of a primary, 0 to 1, as a level of sRGB (IEC 61966-2-1).
+[[nodiscard]] std::uint8_t srgb_level(double light);
+
 /// Lightness and two colour axes, each 0 to 255 with the axes' zero at 128, under the light D50 of printers.
 void lab_to_24(const std::uint8_t* lab, std::uint8_t* bgr, std::size_t width);
 
