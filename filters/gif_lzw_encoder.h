@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -30,26 +31,39 @@ public:
     [[nodiscard]] bool finish() noexcept;
 
 private:
-    /// A string: the code of its prefix, its last pixel, and its own code in one number; see slot_of.
+    /// A string: its last pixel, the code of the rest, and its own code, in one number.
     using slot = std::uint32_t;
     static constexpr slot empty_slot = 0xFFFFFFFF;
     static constexpr unsigned slot_bits = 13;
     static constexpr std::uint32_t no_prefix = 0xFFFFFFFF;
     static constexpr std::size_t sub_block_size = 254;
-    static constexpr std::size_t gathered_blocks = 16;
+    static constexpr std::size_t gathered_bytes = 16 * sub_block_size;
+    /// Pixels that are encoded before the bytes are looked at; a pixel gives two codes at most.
+    static constexpr std::size_t piece_pixels = 1024;
+    static constexpr std::size_t most_bytes_of_piece = 4 * piece_pixels;
+
+    /// Packs codes, least significant bit first.
+    struct code_packer {
+        std::uint8_t* to = nullptr;
+        std::uint64_t bits = 0; ///< the lower bit_count ones are still to be written
+        unsigned bit_count = 0;
+        unsigned code_bits = 0;
+
+        void put(std::uint32_t code);
+        void put_last_bits();
+    };
 
     void clear_table();
-    void put_code(std::uint32_t code);
-    [[nodiscard]] bool write_sub_blocks(std::size_t least);
+    void encode_piece(std::span<const std::uint8_t> indices);
+    /// Writes code bytes as full sub-blocks, and with `all` also what does not fill one.
+    [[nodiscard]] bool write_sub_blocks(bool all);
 
     vSTREAM& out_;
     vBUFFER<slot> slots_;
-    vBUFFER<std::uint8_t> bytes_; ///< code bytes that wait to be written
-    std::size_t filled_ = 0;
+    vBUFFER<std::uint8_t> bytes_; ///< of codes, up to where the packer stands
+    std::array<std::uint32_t, gif_most_literals> scatter_{}; ///< where the strings with a last pixel start
     gif_code_layout layout_;
-    std::uint64_t bits_ = 0; ///< below bit_count_ bits that are not in bytes_ yet
-    unsigned bit_count_ = 0;
-    unsigned code_bits_ = 0;
+    code_packer packer_;
     std::uint32_t next_free_ = 0;
     std::uint32_t prefix_ = no_prefix;
 };
