@@ -58,6 +58,7 @@ vSHAPE& vSHAPE::operator=(const vSHAPE& other) noexcept
     clear();
     box_ = other.box_;
     closed_ = other.closed_;
+    framed_ = other.framed_;
     capacity_ = other.capacity_;
     if (other.count_ == 0)
         return *this;
@@ -86,6 +87,7 @@ void vSHAPE::take(vSHAPE& other) noexcept
 {
     box_ = other.box_;
     closed_ = other.closed_;
+    framed_ = std::exchange(other.framed_, false);
     capacity_ = other.capacity_;
     count_ = std::exchange(other.count_, 0);
     records_ = std::exchange(other.records_, nullptr);
@@ -102,6 +104,7 @@ void vSHAPE::clear() noexcept
     release();
     box_ = vRECT();
     closed_ = 1;
+    framed_ = false;
     capacity_ = capacity_step;
 }
 

@@ -10,7 +10,7 @@
 namespace klv {
 
 int vSHAPE::Area() const noexcept
-{
+try {
     if (closed_ == 0)
         return 0;
     const flat_outline outline(*this);
@@ -27,6 +27,8 @@ int vSHAPE::Area() const noexcept
                                                                         : wrap_add(area, part);
     }
     return area;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 int vSHAPE::Perimeter() const noexcept

@@ -123,13 +123,3 @@ TEST(Decompose, LargePolygonsTakeNoMoreThanTheirCrossings)
     const std::vector<POINT> bar{{-200000000, -500}, {200000000, -500}, {200000000, 500}, {-200000000, 500}};
     EXPECT_EQ(decomposed({circle, bar}).size(), 2u) << "the outline of both, and what they share";
 }
-
-TEST(Decompose, TooManyCrossingsFail)
-{
-    std::vector<POINT> zigzag;
-    for (int i = 0; i < 600; ++i)
-        zigzag.push_back({i * 1000, i % 2 == 0 ? 0 : 1000000});
-    for (int i = 0; i < 600; ++i)
-        zigzag.push_back({i % 2 == 0 ? -1000 : 1000000, 1000 + i * 1500});
-    EXPECT_TRUE(decomposed({zigzag}).empty());
-}

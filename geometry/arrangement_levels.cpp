@@ -1,0 +1,265 @@
+#include <algorithm>
+
+#include "geometry/arrangement.h"
+
+namespace klv {
+
+// Strand i leaves stop i.
+void arrangement::make_strands()
+{
+    strands_.resize(stops_.size());
+    for (std::uint32_t i = 0; i < stops_.size(); ++i)
+        strands_[i]
+            = {node_of_place_[joined(stops_[i].place)], i - 1, i + 1, none, 0, 0, false, false, false};
+
+    contour_stops_.reserve(outline_.contours().size() + 1);
+    std::uint32_t at = 0;
+    for (const auto& c : outline_.contours()) {
+        contour_stops_.push_back(at);
+        const std::uint32_t first = at;
+        while (at < stops_.size() && stops_[at].edge < c.first + c.count)
+            ++at;
+        if (at > first) {
+            strands_[first].previous = at - 1;
+            strands_[at - 1].next = first;
+        }
+    }
+    contour_stops_.push_back(at);
+}
+
+bool arrangement::spoke::same_direction(const spoke& o) const
+{
+    return cross(direction, o.direction) == 0 && dot(direction, o.direction) > 0;
+}
+
+// Turning from x to y, beginning with (1, 0). Strands that lie on each other count as side by side, in the
+// same order as seen from the other end.
+bool arrangement::spoke::operator<(const spoke& o) const
+{
+    const auto in_second_half = [](const offset& d) { return d.y < 0 || (d.y == 0 && d.x < 0); };
+    const bool mine = in_second_half(direction), others = in_second_half(o.direction);
+    if (mine != others)
+        return others;
+    const wide turn = cross(direction, o.direction);
+    if (turn != 0)
+        return turn > 0;
+    return leaves && o.leaves ? strand < o.strand : leaves == o.leaves ? strand > o.strand : leaves;
+}
+
+void arrangement::gather_spokes(const node& n)
+{
+    spokes_.clear();
+    for (const auto i : stops_of(n)) {
+        const stop& s = stops_[i];
+        const std::uint32_t arriving = at_point(s) ? outline_.preceding(s.edge) : s.edge;
+        spokes_.push_back({outline_.direction(s.edge), i, true});
+        spokes_.push_back({-outline_.direction(arriving), strands_[i].previous, false});
+    }
+    std::sort(spokes_.begin(), spokes_.end());
+}
+
+// Strands that run both ways on the same line bound nothing.
+void arrangement::cancel_strands(const node& n)
+{
+    if (is_simple_crossing(n))
+        return;
+    gather_spokes(n);
+    for (auto at = spokes_.begin(); at != spokes_.end();) {
+        const auto end
+            = std::find_if(at, spokes_.end(), [&](const spoke& s) { return !s.same_direction(*at); });
+        if (end - at > 1)
+            cancel_on_line({at, end});
+        at = end;
+    }
+}
+
+void arrangement::cancel_on_line(std::span<const spoke> line)
+{
+    const auto counts
+        = [this](const spoke& s) { return !strands_[s.strand].cancelled && straight(s.strand); };
+    const auto other_end
+        = [this](const spoke& s) { return s.leaves ? end_of(s.strand) : strands_[s.strand].node; };
+    // Those that leave come first.
+    auto out = line.begin();
+    auto in = std::find_if(line.begin(), line.end(), [](const spoke& s) { return !s.leaves; });
+    const auto last_out = in;
+    while (out != last_out && in != line.end()) {
+        if (!counts(*out)) {
+            ++out;
+        } else if (!counts(*in) || other_end(*in) != other_end(*out)) {
+            ++in;
+        } else {
+            strands_[out++->strand].cancelled = true;
+            strands_[in++->strand].cancelled = true;
+        }
+    }
+    const auto cancelled = [this](const spoke& s) { return strands_[s.strand].cancelled; };
+    if (std::all_of(line.begin(), line.end(), cancelled)) {
+        for (const spoke& s : line)
+            strands_[s.strand].bare = true;
+    }
+}
+
+// Whether a strand lies on one edge.
+bool arrangement::straight(std::uint32_t s) const
+{
+    const stop &from = stops_[s], &to = stops_[strands_[s].next];
+    if (at_point(to))
+        return outline_.following(from.edge) == to.edge;
+    return from.edge == to.edge && from.t < to.t;
+}
+
+// Strands that come in match strands that go out like brackets: the faces right of both, and between them,
+// have the greater winding.
+void arrangement::pair_strands(const node& n)
+{
+    gather_spokes(n);
+    std::int32_t winding = 0;
+    open_.clear();
+    for (const int round : {1, 2}) {
+        for (const auto& [direction, number, leaves] : spokes_) {
+            strand& s = strands_[number];
+            std::int32_t& level = leaves ? s.level_at_start : s.level_at_end;
+            if (s.bare)
+                level = winding;
+            if (s.cancelled)
+                continue;
+            if (leaves) {
+                --winding;
+                if (round == 1)
+                    level = winding;
+                if (open_.empty())
+                    continue;
+                if (strands_[open_.back()].onward == none)
+                    strands_[open_.back()].onward = number;
+                open_.pop_back();
+            } else {
+                if (round == 1)
+                    level = winding;
+                ++winding;
+                open_.push_back(number);
+            }
+        }
+    }
+}
+
+// The same for two edges that cross, where no more can be.
+void arrangement::pair_crossing(const node& n)
+{
+    const std::uint32_t a = stops_of(n)[0], b = stops_of(n)[1];
+    strand &from_a = strands_[a], &from_b = strands_[b];
+    strand &to_a = strands_[from_a.previous], &to_b = strands_[from_b.previous];
+    to_a.onward = b;
+    to_b.onward = a;
+    const bool b_turns_left
+        = cross(outline_.direction(stops_[a].edge), outline_.direction(stops_[b].edge)) > 0;
+    from_a.level_at_start = -1;
+    to_b.level_at_end = -1;
+    from_b.level_at_start = to_a.level_at_end = b_turns_left ? -2 : 0;
+}
+
+// From node to node along the strands, then by what lies around the topmost point that was reached.
+void arrangement::find_levels()
+{
+    contour_reached_.assign(outline_.contours().size(), false);
+    for (std::uint32_t n = 0; n < nodes_.size(); ++n) {
+        if (nodes_[n].reached)
+            continue;
+        const std::int32_t error = error_of_base(reach_from(n));
+        for (const auto reached : open_)
+            nodes_[reached].base -= error;
+    }
+}
+
+// \return the topmost point
+std::uint32_t arrangement::reach_from(std::uint32_t n)
+{
+    std::uint32_t top = none;
+    open_.clear();
+    reach(n, 0);
+    for (std::size_t i = 0; i < open_.size(); ++i) {
+        const node& here = nodes_[open_[i]];
+        for (const auto s : stops_of(here)) {
+            const std::uint32_t contour = outline_.contour_of(stops_[s].edge);
+            if (!contour_reached_[contour]) {
+                contour_reached_[contour] = true;
+                const std::uint32_t other = outline_.contours()[contour].top;
+                if (top == none || higher(outline_[other], outline_[top]))
+                    top = other;
+            }
+            const strand &on = strands_[s], &back = strands_[on.previous];
+            if (!on.cancelled || on.bare)
+                reach(end_of(s), here.base + on.level_at_start - on.level_at_end);
+            if (!back.cancelled || back.bare)
+                reach(back.node, here.base + back.level_at_end - back.level_at_start);
+        }
+    }
+    return top;
+}
+
+void arrangement::reach(std::uint32_t n, std::int32_t base)
+{
+    if (nodes_[n].reached)
+        return;
+    nodes_[n].reached = true;
+    nodes_[n].base = base;
+    open_.push_back(n);
+}
+
+std::int32_t arrangement::error_of_base(std::uint32_t top) const
+{
+    const std::int32_t outside = winding_outside(top);
+    if (passed_[top])
+        return nodes_[node_of_place_[joined(top)]].base - outside;
+    // The strand through top leaves the last stop before it.
+    const std::uint32_t contour = outline_.contour_of(top);
+    const auto first = stops_.begin() + contour_stops_[contour],
+               end = stops_.begin() + contour_stops_[contour + 1];
+    const auto after = std::partition_point(first, end, [&](const stop& s) { return s.edge < top; });
+    const auto s = static_cast<std::uint32_t>((after == first ? end : after) - stops_.begin() - 1);
+    return level_of(s) - (outside - interior_on_left(top));
+}
+
+// Around the topmost point of everything that is connected.
+std::int32_t arrangement::winding_outside(std::uint32_t top) const
+{
+    return frames_ + tree_.winding_left_of(outline_[top]);
+}
+
+bool arrangement::interior_on_left(std::uint32_t top) const
+{
+    return cross(outline_.direction(outline_.preceding(top)), outline_.direction(top)) > 0;
+}
+
+std::span<const POINT> arrangement::trace(std::uint32_t first)
+{
+    loop_.clear();
+    std::uint32_t s = first;
+    do {
+        strand& on = strands_[s];
+        on.walked = true;
+        add_to_loop(nodes_[on.node].at);
+        const stop& to = stops_[on.next];
+        std::uint32_t point = stops_[s].edge;
+        const bool around = on.next <= s; // through the contour's first point, if only to come back
+        if (point != to.edge || around) {
+            do {
+                point = outline_.following(point);
+                if (point != to.edge || !at_point(to))
+                    add_to_loop(outline_[point]);
+            } while (point != to.edge);
+        }
+        s = on.onward;
+    } while (s != first);
+    if (loop_.size() > 1 && loop_.back() == loop_.front())
+        loop_.pop_back();
+    return loop_;
+}
+
+void arrangement::add_to_loop(const POINT& p)
+{
+    if (loop_.empty() || !(loop_.back() == p))
+        loop_.push_back(p);
+}
+
+} // namespace klv

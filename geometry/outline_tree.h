@@ -1,0 +1,167 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+
+#include "geometry/edge_outline.h"
+#include "platform/types.h"
+
+namespace klv {
+
+/// An upright rectangle, its edges included.
+struct edge_box {
+    std::int32_t left;
+    std::int32_t top;
+    std::int32_t right;
+    std::int32_t bottom;
+
+    static edge_box of(const POINT& a, const POINT& b)
+    {
+        return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
+    }
+    [[nodiscard]] edge_box with(const edge_box& o) const
+    {
+        return {std::min(left, o.left), std::min(top, o.top), std::max(right, o.right),
+            std::max(bottom, o.bottom)};
+    }
+    [[nodiscard]] bool meets(const edge_box& o) const
+    {
+        return left <= o.right && o.left <= right && top <= o.bottom && o.top <= bottom;
+    }
+};
+
+/// The edges of an outline in runs of a few, and a binary tree of what the runs cover, so that the edges near
+/// others are found without looking at all. What lies close on a contour mostly lies close in the plane; many
+/// contours are taken along a space-filling curve. Besides its upright box, a node of long edges that run
+/// about the same way has a box along them: thin rays of a fan overlap in their upright boxes, but hardly in
+/// these. May throw std::bad_alloc.
+class outline_tree {
+public:
+    static constexpr std::uint32_t edges_in_run = 8;
+
+    /// Consecutive edges of one contour, at most edges_in_run.
+    struct run {
+        std::uint32_t first;
+        std::uint32_t count;
+    };
+
+    explicit outline_tree(const edge_outline& outline);
+
+    [[nodiscard]] const run& operator[](std::uint32_t i) const { return runs_[i]; }
+    [[nodiscard]] const edge_box& box_of(std::uint32_t i) const { return boxes_[i]; }
+
+    /// Calls visit(i, j) for all runs i <= j that may share a point, in no particular order.
+    /// \param within_contours whether runs of the same contour count
+    template <typename VISIT> void visit_pairs(bool within_contours, const VISIT& visit) const
+    {
+        if (!runs_.empty())
+            visit_within(within_contours, static_cast<std::uint32_t>(levels_.size() - 1), 0, visit);
+    }
+
+    /// How often direction 2 runs around a point just above p, by the edges strictly to its left.
+    [[nodiscard]] std::int32_t winding_left_of(const POINT& p) const
+    {
+        return runs_.empty() ? 0 : winding_of(static_cast<std::uint32_t>(levels_.size() - 1), 0, p);
+    }
+
+private:
+    struct location {
+        double x;
+        double y;
+    };
+    // A rectangle at any angle: its middle, a unit vector along it, half its extents.
+    struct slab {
+        location middle;
+        location along;
+        double half_length;
+        double half_width;
+        bool tilted; // and worth asking: much smaller than the upright box
+
+        [[nodiscard]] bool apart_by_own_sides(const slab& o) const;
+        [[nodiscard]] location corner(int i) const;
+    };
+    // Sums over edge vectors; their main direction follows.
+    struct spread {
+        double xx = 0;
+        double xy = 0;
+        double yy = 0;
+    };
+    struct level {
+        std::uint32_t first; // of its nodes
+        std::uint32_t count;
+    };
+
+    void make_runs();
+    void add_run_node(const run& r);
+    void add_parent(std::uint32_t left, std::uint32_t right);
+    void add_node(const edge_box& box, const spread& edges, std::span<const location> covered);
+
+    [[nodiscard]] bool apart(std::uint32_t a, std::uint32_t b) const
+    {
+        if (!boxes_[a].meets(boxes_[b]))
+            return true;
+        const slab &s = slabs_[a], &t = slabs_[b];
+        return (s.tilted && s.apart_by_own_sides(t)) || (t.tilted && t.apart_by_own_sides(s));
+    }
+    // Nodes are named by their level, from the runs up, and their place in it; node i is above the nodes 2 i
+    // and 2 i + 1 of the level below.
+    [[nodiscard]] bool has(std::uint32_t l, std::uint32_t i) const { return i < levels_[l].count; }
+    [[nodiscard]] const run& first_run(std::uint32_t l, std::uint32_t i) const { return runs_[i << l]; }
+    [[nodiscard]] const run& last_run(std::uint32_t l, std::uint32_t i) const
+    {
+        return runs_[std::min((i + 1) << l, levels_[0].count) - 1];
+    }
+    [[nodiscard]] bool in_one_contour(std::uint32_t l, std::uint32_t i, std::uint32_t j) const
+    {
+        return outline_.contour_of(first_run(l, i).first) == outline_.contour_of(last_run(l, j).first);
+    }
+    template <typename VISIT>
+    void visit_within(bool within_contours, std::uint32_t l, std::uint32_t i, const VISIT& visit) const;
+    template <typename VISIT>
+    void visit_between(
+        bool within_contours, std::uint32_t l, std::uint32_t i, std::uint32_t j, const VISIT& visit) const;
+    [[nodiscard]] std::int32_t winding_of(std::uint32_t l, std::uint32_t i, const POINT& p) const;
+    [[nodiscard]] std::int32_t winding_of_run(const run& r, const POINT& p) const;
+    [[nodiscard]] std::int32_t winding_of_left(std::uint32_t l, std::uint32_t i, const POINT& p) const;
+
+    const edge_outline& outline_;
+    geometry_list<run> runs_;
+    geometry_list<level> levels_;
+    geometry_list<edge_box> boxes_; // of all nodes, level after level
+    geometry_list<slab> slabs_;
+    geometry_list<spread> spreads_;
+};
+
+template <typename VISIT>
+void outline_tree::visit_within(
+    bool within_contours, std::uint32_t l, std::uint32_t i, const VISIT& visit) const
+{
+    if (!within_contours && in_one_contour(l, i, i))
+        return;
+    if (l == 0)
+        return visit(i, i);
+    visit_within(within_contours, l - 1, 2 * i, visit);
+    if (!has(l - 1, 2 * i + 1))
+        return;
+    visit_within(within_contours, l - 1, 2 * i + 1, visit);
+    visit_between(within_contours, l - 1, 2 * i, 2 * i + 1, visit);
+}
+
+template <typename VISIT>
+void outline_tree::visit_between(
+    bool within_contours, std::uint32_t l, std::uint32_t i, std::uint32_t j, const VISIT& visit) const
+{
+    if (apart(levels_[l].first + i, levels_[l].first + j) || (!within_contours && in_one_contour(l, i, j)))
+        return;
+    if (l == 0)
+        return visit(i, j);
+    for (std::uint32_t a = 2 * i; a < 2 * i + 2; ++a) {
+        for (std::uint32_t b = 2 * j; b < 2 * j + 2; ++b) {
+            if (has(l - 1, a) && has(l - 1, b))
+                visit_between(within_contours, l - 1, a, b, visit);
+        }
+    }
+}
+
+} // namespace klv
