@@ -85,7 +85,7 @@ bool gif_lzw_decoder::make_room(std::uint16_t width, std::uint16_t height) noexc
 void gif_lzw_decoder::begin_table(const gif_code_layout& layout)
 {
     for (std::uint32_t literal = 0; literal < layout.clear(); ++literal)
-        table_[literal] = {literal, 1, 0};
+        table_[literal] = {literal % gif_most_literals, 1, 0};
     table_[layout.clear()] = {};
     table_[layout.end()] = {};
     first_free_ = layout.first_free();

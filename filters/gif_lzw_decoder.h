@@ -75,7 +75,8 @@ private:
 class gif_lzw_decoder {
 public:
     static constexpr unsigned least_literal_bits = 1;
-    static constexpr unsigned most_literal_bits = 8;
+    /// The format says 8; some files say more and mean the lower 8 bits of each code.
+    static constexpr unsigned most_literal_bits = gif_most_code_bits - 1;
 
     /// \return false when memory is out
     [[nodiscard]] bool make_room(std::uint16_t width, std::uint16_t height) noexcept;
