@@ -9,11 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "filters/gif_filter.h"
 #include "filters/wmf_filter.h"
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "streams/implode.h"
 #include "streams/memory_stream.h"
+#include "tests/filters/gif_builder.h"
 #include "tests/filters/wmf_drawing.h"
 #include "tests/metafiles/all_records.h"
 
@@ -84,6 +86,29 @@ void write_bitmaps()
     }
 }
 
+void write_gif_files()
+{
+    for (const int bits : {1, 4, 8}) {
+        oMEMDIB bitmap(60, 50, bits, model_of_bits(static_cast<unsigned>(bits)), 0);
+        for (int y = 0; y < bitmap.Height(); ++y)
+            for (std::size_t x = 0; x < bitmap.line(y).size(); ++x)
+                bitmap.line(y)[x] = static_cast<std::uint8_t>(x / 5 * static_cast<std::size_t>(y) % 23);
+        vMEMSTREAM file;
+        GIFFILTER().PrivateConvert(bitmap, file);
+        write("gif", std::to_string(bits) + "-bit", contents_of(file));
+    }
+    const auto codes = test::literal_codes(3, {0, 1, 2, 3, 4, 5, 6, 7, 7, 6, 5, 4});
+    write("gif", "interlaced", test::gif_builder(3).image(1, 12, true).data(3, codes).end());
+    write("gif", "pictures",
+        test::gif_builder(0, 49)
+            .add({0x21, 0xF9, 4, 0, 0, 0, 0, 0})
+            .image(2, 2)
+            .data(3, codes)
+            .image(4, 3, false, 3)
+            .data(3, codes, 3)
+            .end());
+}
+
 // The first byte chooses what the target does with the rest.
 void write_compressed_blocks()
 {
@@ -112,5 +137,6 @@ int main(int argc, char** argv)
     write_wmf_files();
     write_recorded_pictures();
     write_bitmaps();
+    write_gif_files();
     write_compressed_blocks();
 }
