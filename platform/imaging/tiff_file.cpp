@@ -64,16 +64,35 @@ tmsize_t tiff_file::read(thandle_t self, void* bytes, tmsize_t count)
 tmsize_t tiff_file::write(thandle_t self, void* bytes, tmsize_t count)
 {
     tiff_file& file = file_of(self);
-    const auto wanted = static_cast<std::size_t>(std::max<tmsize_t>(count, 0));
-    if (file.position_ > std::numeric_limits<std::uint32_t>::max()
-        || !file.stream_.seek(static_cast<std::uint32_t>(file.position_))
-        || !file.stream_.write({static_cast<const std::uint8_t*>(bytes), wanted})) {
+    const std::span<const std::uint8_t> wanted(
+        static_cast<const std::uint8_t*>(bytes), static_cast<std::size_t>(std::max<tmsize_t>(count, 0)));
+    if (!file.fill_up_to_position() || !file.stream_.seek(static_cast<std::uint32_t>(file.position_))
+        || !file.stream_.write(wanted)) {
         file.failed_ = true;
         return 0;
     }
-    file.position_ += wanted;
+    file.position_ += wanted.size();
     file.size_ = std::max(file.size_, file.position_);
     return count;
+}
+
+/// libtiff writes what a directory refers to before the directory itself; not every stream moves past its
+/// end.
+bool tiff_file::fill_up_to_position()
+{
+    constexpr std::array<std::uint8_t, 1024> zeros{};
+    constexpr std::uint64_t most_gap = 1 << 20;
+    if (position_ > std::numeric_limits<std::uint32_t>::max() || position_ > size_ + most_gap)
+        return false;
+    if (position_ > size_ && !stream_.seek(static_cast<std::uint32_t>(size_)))
+        return false;
+    while (position_ > size_) {
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(position_ - size_, zeros.size()));
+        if (!stream_.write(std::span(zeros).first(count)))
+            return false;
+        size_ += count;
+    }
+    return true;
 }
 
 toff_t tiff_file::seek(thandle_t self, toff_t offset, int origin)

@@ -38,6 +38,7 @@ private:
     static toff_t seek(thandle_t self, toff_t offset, int origin);
     static toff_t size(thandle_t self);
     static int close(thandle_t self);
+    [[nodiscard]] bool fill_up_to_position();
 
     image_io& stream_;
     std::uint64_t size_ = 0;
