@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "attributes/colour.h"
 #include "core/memory.h"
+#include "filters/wmf_attributes.h"
 #include "filters/wmf_mapping.h"
 #include "images/dib_context.h"
 #include "metafiles/metafile.h"
@@ -388,7 +388,7 @@ bool wmf_transparent_bitmap::end(
         return true;
     const vRECT target(mapping.map(destination_.Left(), destination_.Top()),
         mapping.map(destination_.Right(), destination_.Bottom()));
-    const vCOLOUR transparent(static_cast<std::int32_t>(colour_ & 0xFFFFFF), 0);
+    const vCOLOUR transparent = wmf_colour(colour_);
     oDIBCONTEXT context(bitmap_->Width(), bitmap_->Height(), &target, &source_, nullptr, nullptr,
         &transparent, 0.0, 0, 0, 1, threshold_);
     picture.DrawDIB(*bitmap_, context, nullptr, 0);

@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "filters/arc.h"
+#include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"
 
 // Objects and figures of a Windows Metafile.
@@ -15,14 +16,12 @@ namespace {
 
 constexpr int largest_coordinate = 32766;
 constexpr std::size_t most_polygons = 255;
-constexpr std::size_t most_line_points = 65535;
+constexpr std::size_t most_shape_points = 65535;
 constexpr int pen_style_null = 5;
 constexpr std::uint16_t pen_style_mask = 0x0F;
 constexpr std::uint16_t brush_hollow = 1;
 constexpr std::uint16_t brush_hatched = 2;
 constexpr std::uint16_t hatch_styles = 6;
-
-vCOLOUR colour_of(COLORREF colour) { return vCOLOUR(static_cast<std::int32_t>(colour & 0xFFFFFF), 0); }
 
 vLINETYPE line_type_of(int pen_style)
 {
@@ -45,13 +44,8 @@ vLINETYPE line_type_of(int pen_style)
 
 vLINESPEC line_of(vLINETYPE type, COLORREF colour, int width)
 {
-    return vLINESPEC(type, colour_of(colour), width, vCORNER_ROUND, vDASH_ROUND, nullptr, vLINESPEC::no_arrow,
-        vLINESPEC::no_arrow);
-}
-
-vFILLSPEC solid(COLORREF colour, vFILLMODE mode)
-{
-    return vFILLSPEC(vFILL_SOLID, colour_of(colour), colour_of(colour), vANGLE(), mode, vPOINT(0, 0));
+    return vLINESPEC(type, wmf_colour(colour), width, vCORNER_ROUND, vDASH_ROUND, nullptr,
+        vLINESPEC::no_arrow, vLINESPEC::no_arrow);
 }
 
 constexpr std::uint32_t no_operation = 0x00AA0029;
@@ -176,7 +170,7 @@ void wmf_reader::select_brush()
 {
     const auto& brush = state_.brush;
     const auto mode = faithful_ && state_.winding ? vFILL_WINDING : vFILL_ALTERNATE;
-    auto fill = solid(brush.colour, mode);
+    auto fill = wmf_solid_fill(wmf_colour(brush.colour), mode);
     if (brush.style == brush_hollow)
         fill.Type(vFILL_NONE);
     else if (faithful_ && brush.style == brush_hatched && brush.hatch < hatch_styles)
@@ -294,7 +288,7 @@ void wmf_reader::line_to(const vPOINT& point)
         lines_.push_back(state_.current_point);
     state_.current_point = map(point.x, point.y);
     lines_.push_back(state_.current_point);
-    if (lines_.size() == most_line_points)
+    if (lines_.size() == most_shape_points)
         flush_lines();
 }
 
@@ -370,8 +364,11 @@ void wmf_reader::poly_polygon(byte_reader& in)
     points_.clear();
     counts_.clear();
     while (!sizes.at_end()) {
+        const std::size_t count = sizes.u16le();
+        if (points_.size() + count > most_shape_points)
+            draw_polygons();
         const std::size_t before = points_.size();
-        read_points(in, sizes.u16le());
+        read_points(in, count);
         if (points_.size() - before > 2 && points_[before] == points_.back())
             points_.pop_back();
         if (points_.size() - before < 2)
@@ -379,8 +376,15 @@ void wmf_reader::poly_polygon(byte_reader& in)
         else
             counts_.push_back(static_cast<std::int32_t>(points_.size() - before));
     }
+    draw_polygons();
+}
+
+void wmf_reader::draw_polygons()
+{
     if (!counts_.empty() && shape_.assign_polypolygon(points_, counts_, 1))
         draw_figure([&] { picture_.DrawShape(shape_); });
+    points_.clear();
+    counts_.clear();
 }
 
 // The file's arcs run counter-clockwise as seen, the arc routine clockwise: start and end change places.
@@ -431,7 +435,7 @@ void wmf_reader::pattern_blit(const wmf_pat_blt& record)
     const COLORREF on_black = pattern_operation(record.rop, pattern, 0x000000);
     const COLORREF on_white = pattern_operation(record.rop, pattern, 0xFFFFFF);
     if (on_black == on_white)
-        fill_plainly(rect, solid(on_black, vFILL_ALTERNATE));
+        fill_plainly(rect, wmf_solid_fill(wmf_colour(on_black)));
 }
 
 void wmf_reader::set_pixel(byte_reader& in)
@@ -439,7 +443,7 @@ void wmf_reader::set_pixel(byte_reader& in)
     wmf_set_pixel record;
     if (wmf_read(in, record))
         fill_plainly(vRECT(map(record.x, record.y), map(record.x + 1, record.y + 1)),
-            solid(record.colour, vFILL_ALTERNATE));
+            wmf_solid_fill(wmf_colour(record.colour)));
 }
 
 } // namespace klv

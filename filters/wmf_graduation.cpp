@@ -7,7 +7,7 @@
 #include <numbers>
 #include <string_view>
 
-#include "attributes/colour.h"
+#include "filters/wmf_attributes.h"
 #include "platform/byte_reader.h"
 
 namespace klv {
@@ -29,8 +29,6 @@ channels channels_of(COLORREF colour)
     return {static_cast<int>(colour & 0xFF), static_cast<int>(colour >> 8 & 0xFF),
         static_cast<int>(colour >> 16 & 0xFF)};
 }
-
-vCOLOUR colour_of(COLORREF colour) { return vCOLOUR(static_cast<std::int32_t>(colour & 0xFFFFFF), 0); }
 
 // How the middle strip's colour lies between the first and the last one's.
 struct ramp {
@@ -57,8 +55,8 @@ ramp measure_ramp(COLORREF first, COLORREF middle, COLORREF last)
 
 vFILLSPEC graduated(vFILLTYPE type, COLORREF from, COLORREF to, int angle)
 {
-    return vFILLSPEC(type, colour_of(from), colour_of(to), vANGLE(static_cast<short>(angle)), vFILL_ALTERNATE,
-        vPOINT(0, 0));
+    return vFILLSPEC(type, wmf_colour(from), wmf_colour(to), vANGLE(static_cast<short>(angle)),
+        vFILL_ALTERNATE, vPOINT(0, 0));
 }
 
 bool is_mask(const vFILLSPEC& fill)

@@ -9,6 +9,7 @@
 #include "core/integer_math.h"
 #include "core/progress.h"
 #include "filters/stream_bytes.h"
+#include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"
 #include "streams/stream.h"
 
@@ -408,8 +409,7 @@ void wmf_reader::handle_escape(byte_reader& in)
 
 void wmf_reader::finish_picture()
 {
-    const vCOLOUR black(0, 0, 0);
-    picture_.FillSpec(vFILLSPEC(vFILL_SOLID, black, black, vANGLE(), vFILL_ALTERNATE, vPOINT(0, 0)));
+    picture_.FillSpec(wmf_solid_fill(vCOLOUR(0, 0, 0)));
     set_extents();
     picture_.EndMetaFile();
 }

@@ -107,6 +107,7 @@ private:
     void read_points(byte_reader& in, std::size_t count);
     void polygon(byte_reader& in, bool closed);
     void poly_polygon(byte_reader& in);
+    void draw_polygons();
     void arc(byte_reader& in, int closure);
     void pattern_blit(const wmf_pat_blt& record);
     void fill_plainly(const vRECT& rect, const vFILLSPEC& fill);

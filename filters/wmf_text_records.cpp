@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"
 #include "platform/gdi/gdi.h"
 
@@ -80,9 +81,8 @@ void wmf_reader::ext_text_out(byte_reader& in)
         const auto right = in.i16le();
         const auto bottom = in.i16le();
         if (faithful_ && (options & ETO_OPAQUE) != 0 && in.ok()) {
-            const vCOLOUR colour(static_cast<std::int32_t>(state_.background & 0xFFFFFF), 0);
-            fill_plainly(vRECT(map(left, top), map(right, bottom)),
-                vFILLSPEC(vFILL_SOLID, colour, colour, vANGLE(), vFILL_ALTERNATE, vPOINT(0, 0)));
+            fill_plainly(
+                vRECT(map(left, top), map(right, bottom)), wmf_solid_fill(wmf_colour(state_.background)));
         }
     }
     const auto characters = read_characters(in, count);
@@ -109,9 +109,8 @@ void wmf_reader::text(std::string_view characters, const vPOINT& point, std::spa
     if (characters.empty())
         return;
     record_clip();
-    const vCOLOUR colour(static_cast<std::int32_t>(state_.text_colour & 0xFFFFFF), 0);
     picture_.PushFillSpec();
-    picture_.FillSpec(vFILLSPEC(vFILL_SOLID, colour, colour, vANGLE(), vFILL_ALTERNATE, vPOINT(0, 0)));
+    picture_.FillSpec(wmf_solid_fill(wmf_colour(state_.text_colour)));
     if (faithful_ && state_.font)
         faithful_text(characters, point, spacing);
     else

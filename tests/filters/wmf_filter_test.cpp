@@ -163,6 +163,29 @@ TEST(WmfFilter, ClosesPolygonsOnceAndSkipsThoseWithoutTwoPoints)
     EXPECT_EQ(shapes[3].shape.NoOfContours(), 2);
 }
 
+TEST(WmfFilter, SplitsPolygonsThatNoShapeCanHold)
+{
+    // Three polygons of 30,000 points: two fit the first shape, the third needs another.
+    constexpr int polygons = 3;
+    constexpr int points = 30000;
+    std::vector<std::uint8_t> parameters;
+    const auto word = [&parameters](int value) {
+        parameters.push_back(static_cast<std::uint8_t>(value & 0xFF));
+        parameters.push_back(static_cast<std::uint8_t>(value >> 8));
+    };
+    word(polygons);
+    for (int i = 0; i < polygons; ++i)
+        word(points);
+    for (int i = 0; i < polygons * points; ++i) {
+        word(i % 100);
+        word(i / 100 % 100);
+    }
+    conversion c(wmf_builder().add_bytes(poly_polygon, parameters).build(), faithful);
+    const auto shapes = c.all<shape_record>();
+    ASSERT_EQ(shapes.size(), 2u);
+    EXPECT_EQ(shapes[0].shape.NoOfContours() + shapes[1].shape.NoOfContours(), polygons);
+}
+
 TEST(WmfFilter, SelectsPensBrushesAndFontsByNumber)
 {
     auto file = wmf_builder().placeable(0, 0, 1000, 1000, 96);
