@@ -144,6 +144,7 @@ bool vFONTDETAIL::load() noexcept
         return false;
     if (first_char_ != 0 && font_height_ == realised_font_height(*this, *device_))
         return true;
+    const active_dc dc(*device_); // the font stays selected while it is measured
     device_->vDEVICE::FontSpec(*this);
     if (device_->ActivateFont(0))
         Init(*device_);

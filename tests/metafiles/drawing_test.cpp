@@ -9,6 +9,7 @@
 #include "images/memory_dib.h"
 #include "images/metafile_context.h"
 #include "metafiles/metafile.h"
+#include "metafiles/text_bitmap.h"
 #include "tests/metafiles/picture_bytes.h"
 
 namespace klv {
@@ -119,6 +120,18 @@ TEST(Drawing, TextAtTheLimitsOfCoordinatesIsHarmless)
             EXPECT_EQ(inked(pixels_of(picture)), 0) << static_cast<int>(how) << " " << at.x;
         }
     }
+}
+
+TEST(Drawing, TextTooLargeForABitmapCostsNothing)
+{
+    vMEMDEVICE device(width, height);
+    device.FontSpec(vFONTSPEC("Arial", vFONT_NORMAL, 100, vREAL(1.0), 0, vFONT_CHARACTER_HEIGHT, vANGLE()));
+    const auto small = text_as_bitmap(device, "mmmm");
+    ASSERT_NE(small, nullptr);
+    EXPECT_GT(small->Height(), 100u);
+    device.FontSpec(
+        vFONTSPEC("Arial", vFONT_NORMAL, 4000000, vREAL(1.0), 0, vFONT_CHARACTER_HEIGHT, vANGLE()));
+    EXPECT_EQ(text_as_bitmap(device, "mmmm"), nullptr);
 }
 
 TEST(Drawing, TilesRepeatThePicture)
