@@ -27,6 +27,13 @@ std::int32_t ContourArea(std::span<const POINT> contour, bool absolute_terms) no
     return sum;
 }
 
+int EdgeAngle(const POINT& from, const POINT& to) noexcept
+{
+    const double radians = std::atan2(static_cast<double>(to.y) - from.y, static_cast<double>(to.x) - from.x);
+    const double hundredths = std::round(radians * 180.0 / std::numbers::pi * 100.0);
+    return static_cast<int>(std::round(hundredths / 100.0));
+}
+
 namespace {
 
 vWINDING_DIRECTION direction_of(std::int32_t area)
@@ -34,17 +41,9 @@ vWINDING_DIRECTION direction_of(std::int32_t area)
     return area > 0 ? vWINDING_CLOCKWISE : area < 0 ? vWINDING_ANTICLOCKWISE : vWINDING_NONE;
 }
 
-// Whole degrees, rounded from hundredths.
-int edge_angle(const POINT& from, const POINT& to)
-{
-    const double radians = std::atan2(static_cast<double>(to.y) - from.y, static_cast<double>(to.x) - from.x);
-    const double hundredths = std::round(radians * 180.0 / std::numbers::pi * 100.0);
-    return static_cast<int>(std::round(hundredths / 100.0));
-}
-
 int angle_between_edges(const POINT& a, const POINT& b, const POINT& c)
 {
-    const int angle = std::abs(edge_angle(a, b) - edge_angle(b, c));
+    const int angle = std::abs(EdgeAngle(a, b) - EdgeAngle(b, c));
     return angle > 180 ? 360 - angle : angle;
 }
 

@@ -110,6 +110,12 @@ public:
     int MakePointAutoCurve(unsigned short i) noexcept;
     /// Makes the segments at point i straight.
     int MakePointVertex(unsigned short i) noexcept;
+    /// Appends a point that a curve joins to the open contour at the end of the shape; without one the point
+    /// begins a contour, which is whole when the next one is appended.
+    /// \param close whether a curve closes the contour from this point to its first
+    /// \param smooth whether the outline passes smoothly through the point that was last before, and when closing
+    /// through both ends of the closing curve
+    int AppendAutoCurvePoint(const vPOINT& point, int close, int smooth) noexcept;
     void CloseAllContours(int close) noexcept;
     void AddShape(const vSHAPE& other) noexcept;
 
@@ -125,8 +131,8 @@ public:
     int Distort(IDistort* distort) noexcept;
     /// Fits curves to the contours of a straight-edged shape of at least 8 points; any other is left alone,
     /// with the answer 0.
-    /// \param toleranceA greatest squared distance of a point from its curve
-    /// \param toleranceB greatest extent of one curve
+    /// \param toleranceA greatest mean of the squared distances of points from their curve
+    /// \param toleranceB greatest squared distance of a point from its curve
     int Smooth(int toleranceA = default_smooth_a, int toleranceB = default_smooth_b) noexcept;
 
     // Areas. Shapes are taken by the even-odd rule and come out as polygons, outlines in direction 2 and holes

@@ -137,6 +137,113 @@ int vSHAPE::MakePointAutoCurve(unsigned short index) noexcept
     return 1;
 }
 
+namespace {
+
+// A control point that lies on the end of its curve goes a third of the way to the other one.
+vPOINT eased(const vPOINT& control, const vPOINT& end, const vPOINT& other)
+{
+    const vPOINT d = other - end;
+    return control == end ? end + vPOINT(d.x / 3, d.y / 3) : control;
+}
+
+// An open contour, and the point that a curve joins to its end.
+class contour_extension {
+public:
+    contour_extension(std::span<point_record> contour, const vPOINT& point)
+        : contour_(contour)
+        , point_(point)
+        , leaving_(end())
+        , arriving_(point)
+        , closing_leaving_(point)
+        , closing_arriving_(start())
+    {
+    }
+
+    // Lets the outline pass smoothly through what is its last point so far.
+    void smooth_end()
+    {
+        const std::size_t last = contour_.size() - 1;
+        if (last == 0)
+            return;
+        const bool curve = last >= 3 && contour_[last - 1].has(point_flags::control);
+        const vPOINT tangent
+            = CalculateControlPointVector(contour_[last - (curve ? 3 : 1)].point(), end(), point_);
+        leaving_ = end() - tangent;
+        if (curve)
+            contour_[last - 1].set_point(end() + tangent);
+    }
+
+    // Lets it pass smoothly through the new point and, on closing, through the first one.
+    void smooth_closing()
+    {
+        const vPOINT tangent = CalculateControlPointVector(end(), point_, start());
+        arriving_ = point_ + tangent;
+        closing_leaving_ = point_ - tangent;
+        if (contour_.size() == 1)
+            return;
+        const bool curve = contour_.size() > 3 && contour_[0].has(point_flags::curve_to);
+        const vPOINT start_tangent
+            = CalculateControlPointVector(point_, start(), contour_[curve ? 3 : 1].point());
+        closing_arriving_ = start() + start_tangent;
+        if (curve)
+            contour_[1].set_point(start() - start_tangent);
+    }
+
+    // The records that come after the contour's: controls, the point, and the controls of a closing curve.
+    [[nodiscard]] std::array<point_record, 5> records(bool close) const
+    {
+        const vPOINT leaving = eased(leaving_, end(), arriving_);
+        const vPOINT closing_leaving = eased(closing_leaving_, point_, closing_arriving_);
+        return {point_record(leaving, point_flags::control),
+            point_record(eased(arriving_, point_, leaving), point_flags::control),
+            point_record(point_, close ? point_flags::closing_curve : point_flags::open_end),
+            point_record(closing_leaving, point_flags::control),
+            point_record(eased(closing_arriving_, start(), closing_leaving), point_flags::control)};
+    }
+
+private:
+    [[nodiscard]] vPOINT start() const { return contour_.front().point(); }
+    [[nodiscard]] vPOINT end() const { return contour_.back().point(); }
+
+    std::span<point_record> contour_;
+    vPOINT point_;
+    vPOINT leaving_; // the controls of the curve to the point
+    vPOINT arriving_;
+    vPOINT closing_leaving_; // the controls of the curve from there to the start
+    vPOINT closing_arriving_;
+};
+
+} // namespace
+
+int vSHAPE::AppendAutoCurvePoint(const vPOINT& point, int close, int smooth) noexcept
+{
+    const auto is_open = [](const point_record& r) {
+        return r.flags() == point_flags::open_end || r.has(point_flags::first);
+    };
+    if (count_ == 0 || !is_open(records_[count_ - 1]))
+        return AppendPoint({point, point_flags::start_curve});
+    constexpr std::size_t most_added = 5;
+    if (count_ + most_added > max_points || !own(count_ + most_added))
+        return 0;
+
+    std::size_t start = count_ - 1;
+    while (start > 0 && !records_[start].has(point_flags::first))
+        --start;
+    const auto contour = own_records().subspan(start);
+    contour_extension extension(contour, point);
+    if (smooth != 0) {
+        extension.smooth_end();
+        if (close != 0)
+            extension.smooth_closing();
+    }
+    contour.back().set_flags(contour.size() == 1 ? point_flags::start_curve : point_flags::curve_to);
+    const auto added = extension.records(close != 0);
+    if (!insert_records(count_, std::span(added).first(close != 0 ? most_added : most_added - 2)))
+        return 0;
+    CalculateBoundingBox();
+    return 1;
+}
+
 int vSHAPE::MakePointVertex(unsigned short index) noexcept
 {
     std::size_t i = index;

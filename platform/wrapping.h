@@ -59,6 +59,12 @@ namespace klv {
     return static_cast<std::int32_t>(value);
 }
 
+/// Rounds half away from zero and limits to the range of 32 bits; NaN gives 0.
+[[nodiscard]] constexpr std::int32_t round_saturated(double value) noexcept
+{
+    return truncate_saturated(value > 0 ? value + 0.5 : value - 0.5);
+}
+
 /// Rounds half away from zero and keeps the low 32 bits, as truncate_wrapped does.
 [[nodiscard]] constexpr std::int32_t round_wrapped(double value) noexcept
 {
