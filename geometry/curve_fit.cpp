@@ -9,8 +9,10 @@
 #include "geometry/point_record.h"
 #include "platform/wrapping.h"
 
-// One curve is fitted by least squares over chord-length parameters with the tangents at both ends given,
-// after P. J. Schneider, "An Algorithm for Automatically Fitting Digitized Curves", Graphics Gems (1990).
+// After P. J. Schneider, "An Algorithm for Automatically Fitting Digitized Curves", Graphics Gems (1990): a
+// cubic is fitted by least squares with the tangents at both ends given, each point at a parameter that
+// begins as its share of the chords' length. Then the parameters move to the places on the curve that are
+// nearest to the points, and it is fitted again.
 namespace klv {
 
 namespace {
@@ -44,6 +46,18 @@ vec at(const cubic& c, double t)
     return c[0] * w[0] + c[1] * w[1] + c[2] * w[2] + c[3] * w[3];
 }
 
+// One Newton step from t toward the place of the curve nearest to p.
+double nearer_parameter(const cubic& c, const vec& p, double t)
+{
+    const double u = 1 - t;
+    const vec d0 = c[1] - c[0], d1 = c[2] - c[1], d2 = c[3] - c[2];
+    const vec first = (d0 * (u * u) + d1 * (2 * t * u) + d2 * (t * t)) * 3;
+    const vec second = ((d1 - d0) * u + (d2 - d1) * t) * 6;
+    const vec error = at(c, t) - p;
+    const double slope = first.dot(first) + error.dot(second);
+    return slope == 0 ? t : std::clamp(t - error.dot(first) / slope, 0.0, 1.0);
+}
+
 class fitter {
 public:
     fitter(std::span<const vPOINT> points, const fit_tolerance& tolerance,
@@ -59,9 +73,10 @@ private:
     [[nodiscard]] bool run_goes_on(std::size_t i) const;
     void fit(std::size_t first, std::size_t last);
     [[nodiscard]] std::optional<cubic> fit_one(std::size_t first, std::size_t last);
-    [[nodiscard]] bool close_enough(const cubic& c, std::size_t first) const;
+    [[nodiscard]] bool share_out_parameters(std::size_t first, std::size_t last);
+    [[nodiscard]] cubic least_squares(std::size_t first, std::size_t last) const;
+    [[nodiscard]] double error_of(const cubic& c, std::size_t first) const;
     [[nodiscard]] vec tangent(std::size_t i) const;
-    [[nodiscard]] double extent(std::size_t first, std::size_t last) const;
     void line_to(const vPOINT& p);
     void curve_to(const cubic& c, const vPOINT& p);
     void leave_by(std::uint8_t segment);
@@ -106,13 +121,9 @@ void fitter::fit(std::size_t first, std::size_t last)
     const std::size_t count = last - first + 1;
     if (count == 2)
         return line_to(points_[last]);
-    const bool may_split = count >= fewest_to_split;
-    std::optional<cubic> curve;
-    if (!may_split || extent(first, last) <= tolerance_.extent)
-        curve = fit_one(first, last);
-    if (curve) {
+    if (const auto curve = fit_one(first, last)) {
         curve_to(*curve, points_[last]);
-    } else if (may_split) {
+    } else if (count >= fewest_to_split) {
         const std::size_t middle = first + count / 2;
         fit(first, middle);
         fit(middle, last);
@@ -137,34 +148,50 @@ vec fitter::tangent(std::size_t i) const
     return length > 0 ? sum * (1 / length) : vec{};
 }
 
-double fitter::extent(std::size_t first, std::size_t last) const
+// The curve of a few rounds that follows its points within the tolerances; nothing when none does.
+std::optional<cubic> fitter::fit_one(std::size_t first, std::size_t last)
 {
-    vRECT box(points_[first], points_[first]);
-    for (std::size_t i = first + 1; i <= last; ++i)
-        box.EncompassPoint(points_[i]);
-    return std::max(
-        static_cast<double>(box.Right()) - box.Left(), static_cast<double>(box.Bottom()) - box.Top());
+    constexpr int rounds = 5;
+    constexpr double hopeless = 16; // times the tolerance
+    if (!share_out_parameters(first, last))
+        return std::nullopt;
+    for (int round = 0; round < rounds; ++round) {
+        const cubic curve = least_squares(first, last);
+        const double error = error_of(curve, first);
+        if (error <= 1)
+            return curve;
+        if (!(error <= hopeless))
+            return std::nullopt;
+        for (std::size_t i = 0; i < parameters_.size(); ++i)
+            parameters_[i] = nearer_parameter(curve, to_vec(points_[first + i]), parameters_[i]);
+    }
+    return std::nullopt;
 }
 
-std::optional<cubic> fitter::fit_one(std::size_t first, std::size_t last)
+// Parameters by the length of the chords so far. False when there is no length.
+bool fitter::share_out_parameters(std::size_t first, std::size_t last)
 {
     auto& t = parameters_;
     t.assign(1, 0.0);
     for (std::size_t i = first + 1; i <= last; ++i)
         t.push_back(t.back() + (to_vec(points_[i]) - to_vec(points_[i - 1])).length());
     const double whole = t.back();
-    if (whole <= 0)
-        return std::nullopt;
+    if (!(whole > 0))
+        return false;
     for (auto& parameter : t)
         parameter /= whole;
+    return true;
+}
 
+cubic fitter::least_squares(std::size_t first, std::size_t last) const
+{
     const vec start = to_vec(points_[first]);
     const vec end = to_vec(points_[last]);
     const vec out = tangent(first);
     const vec in = tangent(last) * -1;
     double c00 = 0, c01 = 0, c11 = 0, x0 = 0, x1 = 0;
-    for (std::size_t i = 0; i < t.size(); ++i) {
-        const auto w = bernstein(t[i]);
+    for (std::size_t i = 0; i < parameters_.size(); ++i) {
+        const auto w = bernstein(parameters_[i]);
         const vec a0 = out * w[1];
         const vec a1 = in * w[2];
         const vec rest = to_vec(points_[first + i]) - start * (w[0] + w[1]) - end * (w[2] + w[3]);
@@ -175,26 +202,31 @@ std::optional<cubic> fitter::fit_one(std::size_t first, std::size_t last)
         x1 += a1.dot(rest);
     }
     const double det = c00 * c11 - c01 * c01;
-    const double least = 1e-6 * whole;
+    const double chord = (end - start).length();
+    const double least = 1e-6 * chord;
     double reach0 = det != 0 ? (x0 * c11 - x1 * c01) / det : 0;
     double reach1 = det != 0 ? (c00 * x1 - c01 * x0) / det : 0;
     // Too short or backward: the usual third of the chord.
     if (!(reach0 > least) || !(reach1 > least))
-        reach0 = reach1 = (end - start).length() / 3;
-    const cubic curve{start, start + out * reach0, end + in * reach1, end};
-    if (!close_enough(curve, first))
-        return std::nullopt;
-    return curve;
+        reach0 = reach1 = chord / 3;
+    return {start, start + out * reach0, end + in * reach1, end};
 }
 
-bool fitter::close_enough(const cubic& c, std::size_t first) const
+// The worse of the mean and the greatest squared distance of the points from the curve, as a part of what the
+// tolerance allows.
+double fitter::error_of(const cubic& c, std::size_t first) const
 {
+    double sum = 0, greatest = 0;
     for (std::size_t i = 0; i < parameters_.size(); ++i) {
         const vec error = at(c, parameters_[i]) - to_vec(points_[first + i]);
-        if (!(error.dot(error) <= tolerance_.squared_distance))
-            return false;
+        const double square = error.dot(error);
+        sum += square;
+        greatest = std::max(greatest, square);
     }
-    return true;
+    const double mean = sum / static_cast<double>(parameters_.size());
+    const auto part
+        = [](double value, double allowed) { return value == 0 ? 0 : value / std::max(allowed, 0.0); };
+    return std::max(part(mean, tolerance_.mean), part(greatest, tolerance_.greatest));
 }
 
 void fitter::leave_by(std::uint8_t segment)

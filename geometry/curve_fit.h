@@ -8,15 +8,15 @@
 
 namespace klv {
 
-/// How closely curves follow points.
+/// How closely a curve follows its points, in squared units.
 struct fit_tolerance {
-    double squared_distance; ///< of a point from its curve
-    double extent; ///< of the box of one curve's points
+    double mean; ///< of the squared distances of the points from their curve
+    double greatest; ///< of these distances
 };
 
 /// Fits lines and cubic curves to a polyline: corners sharper than 60 degrees stay, what lies between them
-/// becomes curves. The points, with segment flags and control points but without the flags of a contour's
-/// ends, are appended to out. The last one leaves no segment. May throw std::bad_alloc.
+/// becomes as few curves as halving finds. The points, with segment flags and control points but without the
+/// flags of a contour's ends, are appended to out. The last one leaves no segment. May throw std::bad_alloc.
 void fit_curves(std::span<const vPOINT> points, const fit_tolerance& tolerance,
     std::vector<vBEZPOINT, vALLOCATOR<vBEZPOINT>>& out);
 
