@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include "platform/types.h"
@@ -78,6 +80,15 @@ inline outline shaken(outline points, double distance, std::uint32_t seed)
     return points;
 }
 
+inline outline scaled(outline points, double factor)
+{
+    for (auto& p : points) {
+        p.x = static_cast<int>(std::lround(p.x * factor));
+        p.y = static_cast<int>(std::lround(p.y * factor));
+    }
+    return points;
+}
+
 /// A smooth outline with a few bays.
 inline outline blob(std::size_t n, std::uint32_t seed)
 {
@@ -107,6 +118,33 @@ inline outline star(std::size_t n, std::uint32_t seed)
         const double angle = angle_of(i, n) + 0.3 * angle_of(1, n) * random.next();
         points[i] = polar(angle, (i % 2 == 0 ? 2.0 : 1.0) * radius * (1 + 0.02 * random.next()));
     }
+    return points;
+}
+
+/// A comb of so many long teeth that point to the right, each tooth and gap 2 units of pitch wide, all a
+/// little aslant. It stands with its back at the left of where the teeth of the same comb laid down would be.
+inline outline comb(std::size_t teeth)
+{
+    constexpr int pitch = 1009;
+    const int length = pitch * 4 * (static_cast<int>(teeth) + 2);
+    const auto place = [&](int x, int y) { return POINT{x - y / 40, y + x / 50}; };
+    outline points{place(-5 * pitch, -2 * pitch)};
+    for (int i = 0; i < static_cast<int>(teeth); ++i) {
+        const int y = i * 4 * pitch;
+        points.insert(points.end(),
+            {place(-2 * pitch, y), place(length, y), place(length, y + 2 * pitch),
+                place(-2 * pitch, y + 2 * pitch)});
+    }
+    points.push_back(place(-5 * pitch, length));
+    return points;
+}
+
+/// The outline with x and y exchanged, running in the same sense as before.
+inline outline laid_down(outline points)
+{
+    for (auto& p : points)
+        std::swap(p.x, p.y);
+    std::reverse(points.begin(), points.end());
     return points;
 }
 
