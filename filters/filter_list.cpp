@@ -3,7 +3,15 @@
 #include <memory>
 
 #include "filters/bmp_filter.h"
+#include "filters/eps_filter.h"
+#include "filters/flashpix_filter.h"
+#include "filters/gif_filter.h"
+#include "filters/jpeg_filter.h"
+#include "filters/pcx_filter.h"
+#include "filters/photo_cd_filter.h"
 #include "filters/png_filter.h"
+#include "filters/targa_filter.h"
+#include "filters/tiff_filter.h"
 #include "filters/wmf_filter.h"
 #include "streams/stream.h"
 
@@ -36,7 +44,15 @@ oFILTERLISTINSTANCE* oFILTERLISTINSTANCE::instance = nullptr;
 
 oFILTERLISTINSTANCE::oFILTERLISTINSTANCE()
 {
+    append<EPSFILTER>();
+    append<FPXFILTER>();
+    append<GIFFILTER>();
+    append<JPEGFILTER>();
+    append<PCXFILTER>();
+    append<PCDFILTER>();
     append<PNGFILTER>();
+    append<TIFFILTER>();
+    append<TGAFILTER>();
     append<DIBFILTER>();
     append<WMFFILTER>();
 }
@@ -81,7 +97,10 @@ oFILTER* recognise(vSTREAM& stream)
         return by_name;
     if (by_name && by_name->CanTranslate(&stream))
         return by_name;
-    return find_filter([&](oFILTER& filter) { return filter.CanTranslate(&stream) != 0; });
+    // Filters without a recogniser of contents answer what CheckExtension found, so each is asked first.
+    return find_filter([&](oFILTER& filter) {
+        return filter.CheckExtension(&stream) == 0 && filter.CanTranslate(&stream) != 0;
+    });
 }
 
 } // namespace

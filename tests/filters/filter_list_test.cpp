@@ -33,6 +33,8 @@ TEST(FilterList, ChoosesByExtensionThenByContents)
         {"a.bmp", &wmf, oFILTER_METAFILE, "WMF"}, // declined by its extension's filter, claimed by contents
         {"a.wmf", &bmp, oFILTER_BITMAP, "BMP"},
         {"a.xyz", &bmp, oFILTER_BITMAP, "BMP"},
+        {"a.fpx", &bmp, oFILTER_BITMAP, "FPX"},
+        {"a.gif", &bmp, oFILTER_BITMAP, "BMP"}, // not for the filters that know their extension only
         {"a.png", &nonsense, oFILTER_BITMAP, "PNG"}, // known by its extension only
         {"a.xyz", &nonsense, oFILTER_NONE, nullptr},
         {".WMF", &nonsense, oFILTER_METAFILE, "WMF"}, // an extension alone is taken at its word
@@ -52,6 +54,15 @@ TEST(FilterList, ChoosesByExtensionThenByContents)
         }
         EXPECT_EQ(stream.CurrentPos(), 0u) << c.name;
     }
+}
+
+TEST(FilterList, KeepsTheOrderOfProbing)
+{
+    std::string order;
+    const oFILTERLIST filters;
+    for (std::uint16_t i = 0; i < oFILTERLIST::GetNoItems(); ++i)
+        order += std::string(order.empty() ? "" : " ") + filters[i]->GetID()();
+    EXPECT_EQ(order, "EPS FPX GIF JPG PCX PCD PNG TIF TGA BMP WMF");
 }
 
 TEST(FilterList, LivesFromTheFirstHandleToTheLast)
@@ -78,7 +89,7 @@ TEST(Filter, OffersDepthsUpToItsOwn)
         EXPECT_EQ(filter.ImportColourDepths(24), 0);
         EXPECT_NE(filter.ImportColourDepths(8), 0);
         EXPECT_EQ(filter.ImportColourDepths(7), 0);
-        EXPECT_EQ(filter.ExportColourDepths(8) != 0, filter.DoesExport() != 0);
+        EXPECT_EQ(filter.ExportColourDepths(24), 0);
     }
 }
 
