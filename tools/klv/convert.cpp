@@ -1,5 +1,7 @@
 #include <filesystem>
+#include <system_error>
 
+#include "tools/klv/bitmap_picture.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/interrupt.h"
@@ -12,22 +14,32 @@ namespace {
 
 constexpr const char* recorded_picture = "VMM";
 
-void convert_one(
-    const std::string& in, const std::string& out, const std::string& format, const render_options& how)
+// Draws a picture, unless it just holds a bitmap that is wanted as it is.
+std::unique_ptr<oMEMDIB> pixels_of(vMETAFILE& picture, const std::string& in, const convert_options& options)
 {
-    source opened = open_source(in);
-    if (opened.picture && format == recorded_picture) {
-        write_picture(*opened.picture, out);
-    } else if (opened.picture) {
-        progress_bar progress("drawing " + in);
-        opened.picture->SetProgressInd(&progress);
-        const auto bitmap = render(*opened.picture, how);
-        opened.picture->RemoveProgressInd();
-        write_bitmap(*bitmap, format, out);
-    } else if (format == recorded_picture) {
-        throw failure("is an image; klv turns only pictures into recorded pictures");
+    if (options.default_size)
+        if (auto held = held_bitmap(picture))
+            return held;
+    progress_bar progress("drawing " + in);
+    picture.SetProgressInd(&progress);
+    auto drawn = render(picture, options.render);
+    picture.RemoveProgressInd();
+    return drawn;
+}
+
+void convert_one(
+    const std::string& in, const std::string& out, const std::string& format, const convert_options& options)
+{
+    source opened = open_source(in, options.resolution);
+    if (format == recorded_picture) {
+        if (opened.picture)
+            write_picture(*opened.picture, out);
+        else
+            write_picture_of(*opened.bitmap, out);
     } else {
-        write_bitmap(*opened.bitmap, format, out);
+        if (opened.picture)
+            opened.bitmap = pixels_of(*opened.picture, in, options);
+        write_bitmap(*opened.bitmap, format, out, options.depth);
     }
     if (!opened.warning.empty())
         print_warning(in, opened.warning);
@@ -53,7 +65,8 @@ std::filesystem::path name_in_directory(
 
 int convert(const convert_options& options)
 {
-    const bool into_directory = std::filesystem::is_directory(options.output);
+    std::error_code unreadable;
+    const bool into_directory = std::filesystem::is_directory(options.output, unreadable);
     if (!into_directory && options.inputs.size() > 1) {
         print_failure(options.output, "is no directory, which several inputs need");
         return 1;
@@ -70,10 +83,9 @@ int convert(const convert_options& options)
     for (const auto& in : options.inputs) {
         const std::string out
             = into_directory ? name_in_directory(in, options.output, format).string() : options.output;
-        try {
-            convert_one(in, out, format, options.render);
-        } catch (const failure& why) {
-            print_failure(in, why.what());
+        const std::string reason = reason_of_failure([&] { convert_one(in, out, format, options); });
+        if (!reason.empty()) {
+            print_failure(in, reason);
             status = 1;
         }
         if (interrupted())

@@ -137,7 +137,7 @@ void record_demo(vMETAFILE& picture)
 
 int demo(const std::string& output, const render_options& how)
 {
-    try {
+    const std::string reason = reason_of_failure([&] {
         vMETAFILE picture;
         record_demo(picture);
         const std::string format = output == "-" ? "PNG" : extension_of(output);
@@ -145,11 +145,11 @@ int demo(const std::string& output, const render_options& how)
             write_picture(picture, output);
         else
             write_bitmap(*render(picture, how), format, output);
-    } catch (const failure& why) {
-        print_failure(output, why.what());
-        return 1;
-    }
-    return 0;
+    });
+    if (reason.empty())
+        return 0;
+    print_failure(output, reason);
+    return 1;
 }
 
 } // namespace klv::tool

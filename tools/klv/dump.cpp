@@ -32,10 +32,9 @@ int dump(const std::vector<std::string>& files)
 {
     int status = 0;
     for (const auto& file : files) {
-        try {
-            dump_one(file);
-        } catch (const failure& why) {
-            print_failure(file, why.what());
+        const std::string reason = reason_of_failure([&] { dump_one(file); });
+        if (!reason.empty()) {
+            print_failure(file, reason);
             status = 1;
         }
     }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <new>
 #include <stdexcept>
 #include <string>
+
+#include "filters/filter.h"
 
 namespace klv::tool {
 
@@ -11,6 +14,22 @@ class failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+/// Why a bitmap filter failed, with what there is to install when a library is missing.
+std::string reason_of(oFILTER_STATUS status);
+
+/// Runs the work on a file. \return why it could not be done; empty when it was
+template <class Work> std::string reason_of_failure(Work work)
+{
+    try {
+        work();
+        return {};
+    } catch (const failure& why) {
+        return why.what();
+    } catch (const std::bad_alloc&) {
+        return "memory ran out";
+    }
+}
 
 /// One line on standard error: `klv: FILE: REASON`.
 void print_failure(const std::string& file, const std::string& reason);

@@ -42,13 +42,19 @@ void print_picture(vMETAFILE& picture)
         std::printf("    %8u %s\n", count, name.c_str());
 }
 
-void print_bitmap(const oMEMDIB& bitmap)
+void print_bitmap(const source& opened)
 {
     oDIBHEADER header;
-    bitmap.GetHeader(header);
+    opened.bitmap->GetHeader(header);
     std::printf("  size       %d x %d pixels, %d bits per pixel\n", header.Width(), header.Height(),
         header.ColourDepth());
-    std::printf("  resolution %d x %d dpi\n", header.HorzDPI(), header.VertDPI());
+    if (header.HorzDPI() > 0 && header.VertDPI() > 0)
+        std::printf("  resolution %d x %d dpi\n", header.HorzDPI(), header.VertDPI());
+    else
+        std::printf("  resolution not given\n");
+    for (std::size_t i = 0; i < opened.resolutions.size(); ++i)
+        std::printf("  %s %zu: %d x %d pixels\n", i == 0 ? "held as   " : "          ", i,
+            opened.resolutions[i].Width(), opened.resolutions[i].Height());
 }
 
 void print_text(const std::string& file, const source& opened)
@@ -57,7 +63,7 @@ void print_text(const std::string& file, const source& opened)
     if (opened.picture)
         print_picture(*opened.picture);
     else
-        print_bitmap(*opened.bitmap);
+        print_bitmap(opened);
     if (!opened.warning.empty())
         std::printf("  warning    %s\n", opened.warning.c_str());
 }
@@ -79,16 +85,30 @@ void write_picture_json(json_writer& json, vMETAFILE& picture)
     json.end_object();
 }
 
-void write_bitmap_json(json_writer& json, const oMEMDIB& bitmap)
+void write_size_json(json_writer& json, std::int32_t width, std::int32_t height)
+{
+    json.key("width").value(std::int64_t{width});
+    json.key("height").value(std::int64_t{height});
+}
+
+void write_bitmap_json(json_writer& json, const source& opened)
 {
     oDIBHEADER header;
-    bitmap.GetHeader(header);
+    opened.bitmap->GetHeader(header);
     json.key("kind").value("bitmap");
-    json.key("width").value(std::int64_t{header.Width()});
-    json.key("height").value(std::int64_t{header.Height()});
+    write_size_json(json, header.Width(), header.Height());
     json.key("bits_per_pixel").value(std::int64_t{header.ColourDepth()});
     json.key("horizontal_dpi").value(std::int64_t{header.HorzDPI()});
     json.key("vertical_dpi").value(std::int64_t{header.VertDPI()});
+    if (opened.resolutions.empty())
+        return;
+    json.key("resolutions").begin_array();
+    for (const vSIZE& size : opened.resolutions) {
+        json.begin_object();
+        write_size_json(json, size.Width(), size.Height());
+        json.end_object();
+    }
+    json.end_array();
 }
 
 void write_json(json_writer& json, const std::string& file, const source& opened)
@@ -100,7 +120,7 @@ void write_json(json_writer& json, const std::string& file, const source& opened
     if (opened.picture)
         write_picture_json(json, *opened.picture);
     else
-        write_bitmap_json(json, *opened.bitmap);
+        write_bitmap_json(json, opened);
     if (!opened.warning.empty())
         json.key("warning").value(opened.warning);
     json.end_object();
@@ -114,21 +134,22 @@ int info(const std::vector<std::string>& files, bool as_json)
     json_writer json;
     json.begin_array();
     for (const auto& file : files) {
-        try {
+        const std::string reason = reason_of_failure([&] {
             const source opened = open_source(file);
             if (as_json)
                 write_json(json, file, opened);
             else
                 print_text(file, opened);
-        } catch (const failure& why) {
-            print_failure(file, why.what());
-            if (as_json) {
-                json.begin_object();
-                json.key("file").value(file);
-                json.key("error").value(why.what());
-                json.end_object();
-            }
-            status = 1;
+        });
+        if (reason.empty())
+            continue;
+        status = 1;
+        print_failure(file, reason);
+        if (as_json) {
+            json.begin_object();
+            json.key("file").value(file);
+            json.key("error").value(reason);
+            json.end_object();
         }
     }
     json.end_array();

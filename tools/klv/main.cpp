@@ -1,6 +1,8 @@
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 #include "tools/klv/commands.h"
@@ -45,9 +47,44 @@ void add_render_options(CLI::App& command, klv::tool::render_options& render)
         "colour under the picture, #RRGGBB (white)");
 }
 
-} // namespace
+// The subcommands of `shape`. files gets the inputs, then the output.
+CLI::App* add_shape_commands(CLI::App& app, klv::tool::shape_options& shape, std::vector<std::string>& files)
+{
+    using klv::tool::shape_operation;
+    constexpr int most_error = 1'000'000'000;
+    constexpr int farthest = 1 << 30;
+    auto* command = app.add_subcommand("shape", "work on the areas of closed shapes in pictures");
+    command->require_subcommand(1);
+    const auto add = [&](const char* name, shape_operation operation, const char* what, int most_files) {
+        auto* sub = command->add_subcommand(name, what);
+        sub->add_option("files", files, most_files == 2 ? "input and output" : "inputs, then the output")
+            ->required()
+            ->expected(2, most_files);
+        sub->callback([&shape, operation] { shape.operation = operation; });
+        add_render_options(*sub, shape.render);
+        return sub;
+    };
+    add("union", shape_operation::unite, "unite the shapes of all pictures: IN... OUT", -1);
+    add("intersect", shape_operation::intersect,
+        "what the pictures' areas, or the shapes of a single one, have in common: IN... OUT", -1);
+    auto* offset = add("offset", shape_operation::offset, "grow or shrink each shape: IN OUT", 2);
+    offset
+        ->add_option("--distance", shape.distance,
+            "how far outlines move outwards, in the picture's units; negative: inwards")
+        ->required()
+        ->check(CLI::Range(-farthest, farthest));
+    offset->add_flag("--bevel", shape.bevel, "cut corners that reach farther than 1.5 distances");
+    auto* smooth = add("smooth", shape_operation::smooth, "turn outlines into curves: IN OUT", 2);
+    smooth
+        ->add_option("--mean-error", shape.mean_error,
+            "mean of the squared distances of points from their curve, squared units of the picture (50)")
+        ->check(CLI::Range(0, most_error));
+    smooth->add_option("--greatest-error", shape.greatest_error, "greatest of these distances (3500)")
+        ->check(CLI::Range(0, most_error));
+    return command;
+}
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     CLI::App app("View, convert and draw pictures of many formats.", "klv");
     app.set_version_flag("--version", "klv 0.1.0");
@@ -60,7 +97,12 @@ int main(int argc, char** argv)
     convert_command->add_option("files", names, "inputs, then the output; - is standard input or output")
         ->required()
         ->expected(2, -1);
-    convert_command->add_option("--format", convert.format, "format to write: png, bmp, vmm");
+    convert_command->add_option(
+        "--format", convert.format, "extension of the format to write, where no name says it");
+    convert_command->add_option("--depth", convert.depth, "bits per pixel to write, dithered where needed")
+        ->check(CLI::IsMember({1, 4, 8, 24}));
+    convert_command->add_option("--resolution", convert.resolution,
+        "which resolution to read of files that hold several, 0 the smallest");
     add_render_options(*convert_command, convert.render);
 
     std::vector<std::string> files;
@@ -73,6 +115,9 @@ int main(int argc, char** argv)
     dump_command->add_option("files", files, "files; - is standard input")->required();
 
     auto* formats_command = app.add_subcommand("formats", "list the formats");
+
+    klv::tool::shape_options shape;
+    auto* shape_command = add_shape_commands(app, shape, names);
 
     std::string demo_output;
     klv::tool::render_options demo_render;
@@ -90,7 +135,15 @@ int main(int argc, char** argv)
         convert.output = names.back();
         names.pop_back();
         convert.inputs = names;
+        for (const char* option : {"--width", "--height", "--dpi"})
+            convert.default_size = convert.default_size && convert_command->count(option) == 0;
         return klv::tool::convert(convert);
+    }
+    if (*shape_command) {
+        shape.output = names.back();
+        names.pop_back();
+        shape.inputs = names;
+        return klv::tool::shape(shape);
     }
     if (*info_command)
         return klv::tool::info(files, as_json);
@@ -99,4 +152,16 @@ int main(int argc, char** argv)
     if (*formats_command)
         return klv::tool::formats();
     return klv::tool::demo(demo_output, demo_render);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fputs("klv: memory ran out\n", stderr);
+        return 1;
+    }
 }

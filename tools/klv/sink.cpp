@@ -8,10 +8,15 @@
 #include <cstring>
 
 #include "filters/bitmap_filter.h"
-#include "filters/filter_list.h"
+#include "filters/imaging_library.h"
+#include "images/dib_widen.h"
 #include "streams/file.h"
 #include "streams/memory_stream.h"
+#include "tools/klv/bitmap_picture.h"
 #include "tools/klv/failure.h"
+#include "tools/klv/format_list.h"
+#include "tools/klv/interrupt.h"
+#include "tools/klv/progress_bar.h"
 
 namespace klv::tool {
 namespace {
@@ -46,20 +51,41 @@ template <typename Write> void write_output(const std::string& file, Write write
         write(out);
         if (out.Status() == vSTREAM_WRITE_ERROR)
             throw failure("can't write " + file + ": " + std::strerror(errno ? errno : EIO));
-    } catch (const failure&) {
+    } catch (...) {
         out.Close();
         std::remove(file.c_str());
         throw;
     }
 }
 
-oBMFILTER* bitmap_writer(const std::string& format)
+constexpr std::array<std::uint16_t, 4> depths{1, 4, 8, 24};
+
+// The depth in which the format takes what has so many bits: the same, the next greater, else the greatest.
+std::uint16_t depth_in(const oBMFILTER& format, int bits)
 {
-    vMEMSTREAM by_name(vSTRING("." + format));
-    oFILTER* filter = nullptr;
-    if (oFILTERLIST::GetFilter(&by_name, &filter) != oFILTER_BITMAP || !filter->DoesExport())
-        return nullptr;
-    return static_cast<oBMFILTER*>(filter);
+    std::uint16_t best = 0;
+    for (const std::uint16_t depth : depths)
+        if (format.ExportColourDepths(depth) && best < bits)
+            best = depth;
+    return best;
+}
+
+void write_lines(oBMFILTER& format, oDIB& bitmap, vSTREAM& out, const std::string& file)
+{
+    progress_bar progress("writing " + file);
+    static_cast<oFILTER&>(format).SetProgressInd(&progress);
+    const auto status = format.Convert(bitmap, out);
+    format.RemoveProgressInd();
+    if (status == oFILTER_OK)
+        return;
+    if (interrupted())
+        throw failure("cancelled");
+    if (out.Status() == vSTREAM_WRITE_ERROR)
+        throw failure("can't write all of " + file);
+    const bool library_missing = oBMFILTER::MissingLibrary() != missing_library::none;
+    if (status == oFILTER_FAILED && !library_missing)
+        throw failure("the format of " + file + " can't hold this image");
+    throw failure("writing " + file + ": " + reason_of(status));
 }
 
 } // namespace
@@ -84,16 +110,28 @@ void write_picture(vMETAFILE& picture, const std::string& file)
     });
 }
 
-void write_bitmap(oDIB& bitmap, const std::string& format, const std::string& file)
+void write_picture_of(oMEMDIB& bitmap, const std::string& file)
 {
-    const oFILTERLIST filters;
-    oBMFILTER* const filter = bitmap_writer(format);
+    write_output(file, [&](vSTREAM& out) { record_bitmap(bitmap, out); });
+}
+
+void write_bitmap(
+    oMEMDIB& bitmap, const std::string& format, const std::string& file, std::optional<int> depth)
+{
+    format_list formats;
+    oBMFILTER* const filter = formats.writer_of(format);
     if (!filter)
         throw failure("klv does not write ." + format + " files");
+    const int wanted = std::min(depth.value_or(bitmap.ColourDepth()), 24);
+    const std::uint16_t written = depth_in(*filter, wanted);
+    const int reduced = std::min<int>(wanted, written);
+    if (reduced < bitmap.ColourDepth() && !bitmap.Reduce(reduced))
+        throw failure("memory ran out");
     write_output(file, [&](vSTREAM& out) {
-        const auto status = filter->Convert(bitmap, out);
-        if (status != oFILTER_OK)
-            throw failure("writing " + file + ": " + describe(status));
+        if (written == bitmap.ColourDepth())
+            return write_lines(*filter, bitmap, out, file);
+        widened_dib widened(bitmap, written);
+        write_lines(*filter, widened, out, file);
     });
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "images/dib.h"
+#include "images/memory_dib.h"
 #include "metafiles/metafile.h"
 
 namespace klv::tool {
@@ -14,7 +15,15 @@ std::string extension_of(const std::string& file);
 /// Throws failure.
 void write_picture(vMETAFILE& picture, const std::string& file);
 
+/// Writes a recorded picture that holds a bitmap, at its size by its resolution (96 dpi when it has none).
+/// Throws failure.
+void write_picture_of(oMEMDIB& bitmap, const std::string& file);
+
 /// Writes a bitmap in the format with that extension. Throws failure.
-void write_bitmap(oDIB& bitmap, const std::string& format, const std::string& file);
+/// \param bitmap has its colours reduced where they are to be
+/// \param depth the depth to reduce to; nothing for what the bitmap has. A format without that depth gets
+/// the next greater one that it has, else its greatest.
+void write_bitmap(
+    oMEMDIB& bitmap, const std::string& format, const std::string& file, std::optional<int> depth = {});
 
 } // namespace klv::tool

@@ -9,12 +9,13 @@
 #include <sys/stat.h>
 
 #include "filters/bitmap_filter.h"
-#include "filters/filter_list.h"
+#include "filters/eps_filter.h"
 #include "filters/vector_filter.h"
 #include "metafiles/record_cursor.h"
 #include "streams/file.h"
 #include "streams/memory_stream.h"
 #include "tools/klv/failure.h"
+#include "tools/klv/format_list.h"
 #include "tools/klv/progress_bar.h"
 
 namespace klv::tool {
@@ -103,24 +104,56 @@ void read_vector(source& opened, oLAFILTER& filter, const std::string& file)
     opened.warning = std::string(describe(status)) + "; what could be read was kept";
 }
 
-void read_raster(source& opened, oBMFILTER& filter, const std::string& file)
+void make_bitmap(source& opened)
 {
     opened.bitmap.reset(new oMEMDIB);
     if (!opened.bitmap)
         throw failure("memory ran out");
+}
+
+void choose_resolution(
+    source& opened, oBMFILTER& filter, const std::string& file, std::optional<std::uint32_t> wanted)
+{
+    const std::uint32_t count = filter.GetResolutionCount(vSTRING(file));
+    for (std::uint32_t i = 0; i < count; ++i)
+        opened.resolutions.push_back(filter.GetResolution(i));
+    if (!wanted || count == 0)
+        return;
+    if (*wanted >= count)
+        throw failure(
+            "has no resolution " + std::to_string(*wanted) + "; the largest is " + std::to_string(count - 1));
+    filter.SetResolution(*wanted);
+}
+
+void read_raster(
+    source& opened, oBMFILTER& filter, const std::string& file, std::optional<std::uint32_t> resolution)
+{
+    make_bitmap(opened);
+    choose_resolution(opened, filter, file, resolution);
     progress_bar progress("reading " + file);
     static_cast<oFILTER&>(filter).SetProgressInd(&progress);
     const auto status = filter.Convert(*opened.stream, *opened.bitmap);
     filter.RemoveProgressInd();
     if (status != oFILTER_OK)
-        throw failure(describe(status));
+        throw failure(reason_of(status));
     if (!opened.bitmap->HasPixels())
         throw failure("holds no image");
 }
 
+// Of PostScript only the preview that some files carry can be shown.
+void read_preview(source& opened, EPSFILTER& filter)
+{
+    make_bitmap(opened);
+    const auto status = filter.Convert(*opened.stream, *opened.bitmap);
+    if (status == oFILTER_FAILED)
+        throw failure("holds no preview, and klv draws no PostScript");
+    if (status != oFILTER_OK)
+        throw failure(reason_of(status));
+}
+
 } // namespace
 
-source open_source(const std::string& file)
+source open_source(const std::string& file, std::optional<std::uint32_t> resolution)
 {
     source opened;
     opened.stream = open_stream(file);
@@ -130,19 +163,25 @@ source open_source(const std::string& file)
         open_recorded_picture(opened);
         return opened;
     }
-    const oFILTERLIST filters;
-    oFILTER* filter = nullptr;
-    const auto type = oFILTERLIST::GetFilter(opened.stream.get(), &filter);
+    format_list formats;
+    oFILTER* const filter = formats.reader_of(*opened.stream);
     if (!filter)
         throw failure("is of no format that klv reads");
     opened.format = filter->GetID()();
     opened.description = filter->GetDescription()();
-    if (type == oFILTER_METAFILE)
+    switch (filter->Type()) {
+    case oFILTER_METAFILE:
         read_vector(opened, static_cast<oLAFILTER&>(*filter), file);
-    else if (type == oFILTER_BITMAP)
-        read_raster(opened, static_cast<oBMFILTER&>(*filter), file);
-    else
+        break;
+    case oFILTER_BITMAP:
+        read_raster(opened, static_cast<oBMFILTER&>(*filter), file, resolution);
+        break;
+    case oFILTER_POSTSCRIPT:
+        read_preview(opened, static_cast<EPSFILTER&>(*filter));
+        break;
+    case oFILTER_NONE:
         throw failure(describe(oFILTER_UNSUPPORTED));
+    }
     return opened;
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "filters/filter.h"
 #include "images/memory_dib.h"
@@ -17,10 +20,13 @@ struct source {
     std::unique_ptr<vSTREAM> stream; ///< outlives the picture, which may lie in it
     std::unique_ptr<vMETAFILE> picture;
     std::unique_ptr<oMEMDIB> bitmap;
+    std::vector<vSIZE> resolutions; ///< of a file that holds its image in several, smallest first
     std::string warning; ///< what was wrong although the result is of use; empty when nothing was
 };
 
 /// Opens and reads a file of any readable format; "-" is standard input. Throws failure.
-source open_source(const std::string& file);
+/// \param resolution which one to read of a file that holds its image in several, 0 the smallest; nothing
+/// for the format's own choice
+source open_source(const std::string& file, std::optional<std::uint32_t> resolution = {});
 
 } // namespace klv::tool
