@@ -59,3 +59,96 @@ TEST(Smooth, KeepsCornersAndLeavesShortShapesAlone)
     EXPECT_EQ(vSHAPE(8, points.data(), 1, 1).NoPoint(), 8) << "the constructor wants nine";
     EXPECT_EQ(shape.Smooth(), 0) << "curved already";
 }
+
+namespace {
+
+// The greatest and the mean of the squared distances of the points from the shape's curves, sampled.
+std::pair<double, double> errors(const std::vector<vPOINT>& points, const vSHAPE& shape)
+{
+    double sum = 0, greatest = 0;
+    for (const auto& p : points) {
+        double nearest = 1e300;
+        std::size_t first = 0;
+        for (std::size_t i = 0; i < shape.NoPoint(); ++i) {
+            if (shape[i].First())
+                first = i;
+            if (shape[i].Control() || !(shape[i].LineTo() || shape[i].CurveTo()))
+                continue;
+            const bool curve = shape[i].CurveTo() != 0;
+            const std::size_t end = shape[i].Last() ? first : i + (curve ? 3 : 1);
+            for (int k = 0; k <= 200; ++k) {
+                const double t = k / 200.0, u = 1 - t;
+                const auto at = [&](auto part) {
+                    return curve ? u * u * u * part(shape[i]) + 3 * t * u * u * part(shape[i + 1])
+                            + 3 * t * t * u * part(shape[i + 2]) + t * t * t * part(shape[end])
+                                 : u * part(shape[i]) + t * part(shape[end]);
+                };
+                const double dx = at([](const vBEZPOINT& q) { return q.x; }) - p.x;
+                const double dy = at([](const vBEZPOINT& q) { return q.y; }) - p.y;
+                nearest = std::min(nearest, dx * dx + dy * dy);
+            }
+        }
+        sum += nearest;
+        greatest = std::max(greatest, nearest);
+    }
+    return {greatest, sum / static_cast<double>(points.size())};
+}
+
+std::vector<vPOINT> wave(double noise)
+{
+    std::vector<vPOINT> points;
+    std::uint32_t seed = 9;
+    for (int i = 0; i < 200; ++i) {
+        seed = seed * 1664525u + 1013904223u;
+        const double off = noise * (static_cast<int>(seed >> 16) % 201 - 100) / 100.0;
+        points.emplace_back(i * 50, static_cast<int>(1000 * std::sin(i / 20.0) + off));
+    }
+    return points;
+}
+
+} // namespace
+
+TEST(Smooth, KeepsBothTolerances)
+{
+    const std::pair<int, int> tolerances[] = {{50, 3500}, {4, 3500}, {1000, 16}, {1, 1}, {100000, 100000}};
+    int last = 0;
+    for (const auto& [mean, greatest] : tolerances) {
+        const auto points = wave(5);
+        vSHAPE shape(static_cast<unsigned short>(points.size()), points.data(), 0);
+        EXPECT_EQ(shape.Smooth(mean, greatest), 1);
+        const auto [worst, average] = errors(points, shape);
+        // Control points are rounded, and the sampling is coarse.
+        EXPECT_LE(worst, std::pow(std::sqrt(greatest) + 1.5, 2)) << mean << ' ' << greatest;
+        EXPECT_LE(average, std::pow(std::sqrt(mean) + 1, 2)) << mean << ' ' << greatest;
+        last = shape.NoPoint();
+    }
+    EXPECT_LT(last, 16) << "a wide tolerance needs few curves";
+}
+
+TEST(Smooth, TakesNoMoreCurvesThanTheOutlineNeeds)
+{
+    const auto points = wave(0);
+    vSHAPE shape(static_cast<unsigned short>(points.size()), points.data(), 0, 1, 4, 16);
+    EXPECT_LE(shape.NoPoint(), 1 + 3 * 10) << "three turns";
+    const auto ring = circle(400);
+    EXPECT_LE(vSHAPE(400, ring.data(), 1, 1, 4, 16).NoPoint(), 3 * 8 + 1);
+}
+
+TEST(Smooth, ContoursAreFittedEachByItself)
+{
+    auto points = circle(40);
+    for (const auto& p : circle(30))
+        points.emplace_back(p.x + 5000, p.y);
+    const int counts[] = {40, 30};
+    vSHAPE shape;
+    ASSERT_TRUE(shape.assign_polypolygon(points, counts, 1));
+    EXPECT_EQ(shape.Smooth(), 1);
+    EXPECT_TRUE(shape.IsValid());
+    EXPECT_EQ(shape.NoOfContours(), 2);
+    EXPECT_EQ(shape.Closed(), 1);
+    // Points all in one place are no curve; straight runs stay straight.
+    vSHAPE still = polyline({{5, 5}, {5, 5}, {5, 5}, {5, 5}, {5, 5}, {5, 5}, {5, 5}, {5, 5}, {5, 5}});
+    EXPECT_EQ(still.Smooth(), 1);
+    EXPECT_TRUE(still.IsValid());
+    EXPECT_EQ(still.BoundBox(), vRECT(5, 5, 5, 5));
+}
