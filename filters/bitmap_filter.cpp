@@ -40,14 +40,14 @@ std::int32_t open_stream(const char*, std::int32_t, void*)
 
 std::uint32_t read_stream(std::uint8_t* bytes, std::uint32_t count, void*)
 {
-    if (!conversion.stream)
+    if (!conversion.stream || count == 0)
         return 0;
     return static_cast<std::uint32_t>(std::max(conversion.stream->ReadByteString(bytes, count), 0));
 }
 
 std::uint32_t write_stream(const std::uint8_t* bytes, std::uint32_t count, void*)
 {
-    return conversion.stream ? conversion.stream->WriteBlock(bytes, count) : 0;
+    return conversion.stream && count != 0 ? conversion.stream->WriteBlock(bytes, count) : 0;
 }
 
 std::int32_t seek_stream(std::int32_t offset, std::int32_t origin, void*)
