@@ -12,6 +12,10 @@ namespace {
 /// A deflated stream grows at most by this factor, so a file that declares more has no such image.
 constexpr std::uint64_t greatest_expansion = 1032;
 constexpr std::uint64_t free_image_bytes = 1 << 20;
+/// Passed over unread: libpng would allocate what they say they hold.
+constexpr png_byte unused_chunks[]
+    = "bKGD\0cHRM\0eXIf\0gAMA\0hIST\0iCCP\0iTXt\0oFFs\0pCAL\0sBIT\0sCAL\0sPLT\0sRGB\0sTER\0tEXt\0tIME\0zTXt";
+constexpr std::size_t chunk_name_bytes = 5;
 
 /// Everything one reading needs, outside the frames that libpng's errors jump over.
 struct reading {
@@ -50,6 +54,8 @@ void read_header(reading& state)
     png_infop info = state.session.info();
     png_set_read_fn(png, &state, read_bytes);
     png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, unused_chunks,
+        static_cast<int>(sizeof unused_chunks / chunk_name_bytes));
     png_read_info(png, info);
     int interlace = 0;
     png_get_IHDR(png, info, &state.width, &state.height, &state.depth, &state.colour_type, &interlace,

@@ -105,6 +105,16 @@ TEST_F(MalformedImages, FewBytesPromiseNoGreatPicture)
     }
 }
 
+TEST_F(MalformedImages, LongCommentsOfPngCostNothing)
+{
+    // A comment chunk that says it has 1.9 gigabytes, where the picture should begin.
+    const file_bytes bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n', 0, 0, 0, 13, 'I', 'H', 'D', 'R', 0, 0,
+        0, 100, 0, 0, 0, 100, 8, 4, 0, 0, 0, 0xDA, 0xEB, 0x5D, 0xDF, 0x74, 0, 0, 0x1D, 't', 'E', 'X', 't',
+        'C'};
+    image loaded;
+    EXPECT_EQ(read(bytes, loaded), imaging_bad_data);
+}
+
 TEST_F(MalformedImages, WhatNoFormatKnowsIsUnsupported)
 {
     image loaded;
