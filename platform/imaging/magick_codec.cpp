@@ -101,7 +101,7 @@ imaging_result magick_load(const magick_source& source, image_io& in, const file
     {
         const std::vector<std::uint8_t> file = in.read_all();
         const imaging_result converted
-            = library->to_windows_bitmap(source.format, file, source.size, bitmap_file);
+            = library->to_windows_bitmap(source.format, file, {info.width, info.height}, bitmap_file);
         if (converted != imaging_ok)
             return converted;
     }
@@ -142,7 +142,8 @@ imaging_result magick_save(const char* format, image_io& out, const bitmap_handl
         const imaging_result saved = bmp::save(bitmap_file, bitmap, lines, best_quality);
         if (saved != imaging_ok)
             return saved;
-        const imaging_result converted = library->from_windows_bitmap(format, memory.bytes(), file);
+        const imaging_result converted
+            = library->from_windows_bitmap(format, memory.bytes(), {bitmap.width, bitmap.height}, file);
         if (converted != imaging_ok)
             return converted;
     }

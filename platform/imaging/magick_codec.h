@@ -18,7 +18,6 @@ inline constexpr std::size_t magick_header_bytes = 128;
 /// What of a file is wanted.
 struct magick_source {
     const char* format; ///< as GraphicsMagick names it
-    dimension size{}; ///< among several resolutions
     bool mirrored = false; ///< lines are stored from right to left
 };
 

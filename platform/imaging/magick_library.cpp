@@ -14,7 +14,10 @@ constexpr std::array library_names{
     "libGraphicsMagickWand-Q16.so.2", "libGraphicsMagickWand-Q8.so.2", "libGraphicsMagickWand.so.2"};
 
 constexpr unsigned no_signal_handlers = 1;
+constexpr int pixels_resource = 5;
 constexpr int threads_resource = 6;
+/// Pixels that a reader may want beside those of the picture itself.
+constexpr std::int64_t spare_pixels = 1 << 20;
 /// No compression, and the one that the target format is known for.
 constexpr int uncompressed = 1;
 constexpr int as_usual = 0;
@@ -111,12 +114,20 @@ const magick_library* magick_library::get()
     return loaded ? &library : nullptr;
 }
 
+/// Readers go on behind the picture, where damaged files promise others of any size.
+void magick_library::limit_pixels(dimension size) const
+{
+    call_.MagickSetResourceLimit(
+        pixels_resource, static_cast<ulong>(std::int64_t{size.width} * size.height + spare_pixels));
+}
+
 imaging_result magick_library::convert(const char* from, std::span<const std::uint8_t> in, dimension size,
     const char* to, int compression, std::vector<std::uint8_t>& out) const
 {
     picture image(call_);
     if (!image.made())
         return imaging_no_memory;
+    limit_pixels(size);
     if (!image.read(from, in, size))
         return imaging_bad_data;
     return image.write(to, compression, out) ? imaging_ok : imaging_failed;
@@ -128,10 +139,10 @@ imaging_result magick_library::to_windows_bitmap(const char* format, std::span<c
     return convert(format, file, size, "BMP", uncompressed, bitmap_file);
 }
 
-imaging_result magick_library::from_windows_bitmap(
-    const char* format, std::span<const std::uint8_t> bitmap_file, std::vector<std::uint8_t>& file) const
+imaging_result magick_library::from_windows_bitmap(const char* format,
+    std::span<const std::uint8_t> bitmap_file, dimension size, std::vector<std::uint8_t>& file) const
 {
-    return convert("BMP", bitmap_file, {}, format, as_usual, file);
+    return convert("BMP", bitmap_file, size, format, as_usual, file);
 }
 
 } // namespace klv::imaging

@@ -17,11 +17,12 @@ public:
     /// The library, loaded and started on the first call; null when it is not installed.
     [[nodiscard]] static const magick_library* get();
 
-    /// Converts a file of the named format. size chooses among the resolutions of a file that has several.
+    /// Converts a file of the named format. size is that of the picture and chooses among the resolutions of
+    /// a file that has several; the library takes no more memory than it needs for such a picture.
     [[nodiscard]] imaging_result to_windows_bitmap(const char* format, std::span<const std::uint8_t> file,
         dimension size, std::vector<std::uint8_t>& bitmap_file) const;
-    [[nodiscard]] imaging_result from_windows_bitmap(
-        const char* format, std::span<const std::uint8_t> bitmap_file, std::vector<std::uint8_t>& file) const;
+    [[nodiscard]] imaging_result from_windows_bitmap(const char* format,
+        std::span<const std::uint8_t> bitmap_file, dimension size, std::vector<std::uint8_t>& file) const;
 
 private:
     // The C interface of the library, as its wand has it. A wand is a pointer to nothing we know.
@@ -44,6 +45,7 @@ private:
     class picture;
 
     [[nodiscard]] bool load();
+    void limit_pixels(dimension size) const;
     template <class Function> [[nodiscard]] bool find(void* module, const char* name, Function& function);
     [[nodiscard]] imaging_result convert(const char* from, std::span<const std::uint8_t> in, dimension size,
         const char* to, int compression, std::vector<std::uint8_t>& out) const;
