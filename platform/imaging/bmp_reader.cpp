@@ -201,6 +201,7 @@ void read_colours(std::span<const std::uint8_t> file, const layout& found, bitma
 /// Two-bit indices into four-bit ones.
 void widen_indices(const std::uint8_t* row, std::uint8_t* line, std::int32_t width)
 {
+    std::fill_n(line, (width + 1) / 2, std::uint8_t{0});
     for (std::int32_t x = 0; x < width; ++x) {
         const int index = row[x / 4] >> (6 - x % 4 * 2) & 3;
         line[x / 2] = static_cast<std::uint8_t>(line[x / 2] | index << (x % 2 == 0 ? 4 : 0));

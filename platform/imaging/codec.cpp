@@ -7,8 +7,10 @@ namespace klv::imaging {
 
 namespace {
 
-/// Bytes of lines that travel at a time.
-constexpr std::int32_t band_bytes = 1 << 18;
+/// Bytes of lines that travel at a time; they stay in the nearer caches.
+constexpr std::int32_t band_bytes = 1 << 16;
+/// Lines are a multiple of this long; the last bytes may be padding.
+constexpr std::int32_t line_alignment = 4;
 
 std::int32_t lines_in_band(const bitmap_handle& bitmap)
 {
@@ -36,7 +38,9 @@ std::uint8_t* line_sink::next_line()
 {
     if (filled_ == band_lines_ && !deliver())
         return nullptr;
-    return band_.data() + offset_of_line(bitmap_, filled_++);
+    std::uint8_t* const line = band_.data() + offset_of_line(bitmap_, filled_++);
+    std::fill_n(line + bitmap_.bytes_per_line - line_alignment, line_alignment, std::uint8_t{0});
+    return line;
 }
 
 bool line_sink::finish() { return filled_ == 0 || deliver(); }
@@ -48,7 +52,6 @@ bool line_sink::deliver()
     if (!callback_(info_, bitmap_, band_.data(), delivered_, lines, user_))
         return false;
     delivered_ += lines;
-    std::ranges::fill(band_, std::uint8_t{0});
     return true;
 }
 

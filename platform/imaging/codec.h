@@ -14,10 +14,11 @@ class line_sink {
 public:
     line_sink(const file_info& info, const bitmap_handle& bitmap, load_callback callback, void* user);
 
-    /// Room for the next line; null when the callback has stopped the load. The line counts as delivered when
-    /// the next one is asked for, or finish is called.
+    /// Room for the next line, its padding cleared; null when the callback has stopped the load. The line
+    /// counts as delivered when the next one is asked for, or finish is called.
     [[nodiscard]] std::uint8_t* next_line();
     [[nodiscard]] bool finish();
+    [[nodiscard]] std::int32_t line_bytes() const { return bitmap_.bytes_per_line; }
 
 private:
     [[nodiscard]] bool deliver();

@@ -2,6 +2,7 @@
 #include "platform/imaging/pixel_lines.h"
 #include "platform/imaging/resolution.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -143,6 +144,8 @@ void read_lines(reading& state)
             state.stopped = true;
             return;
         }
+        // Damage inside the line leaves it black, not as the band before had it.
+        std::fill_n(line, state.sink->line_bytes(), std::uint8_t{0});
         read_line(state, line);
     }
 }

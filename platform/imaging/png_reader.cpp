@@ -146,6 +146,7 @@ bool deliver_row(reading& state, const std::uint8_t* row)
         std::copy_n(row, state.row.size(), line);
         return true;
     }
+    std::fill_n(line, (state.row.size() + 1) / 2, std::uint8_t{0});
     for (std::size_t x = 0; x < state.row.size(); ++x)
         line[x / 2] = static_cast<std::uint8_t>(line[x / 2] | (row[x] & 0x0F) << (x % 2 == 0 ? 4 : 0));
     return true;
