@@ -55,6 +55,7 @@ private:
         std::uint32_t count;
         POINT at;
         std::int32_t base; // winding just before the direction (1, 0), turning from x to y
+        bool crossing; // of two edges, and nothing else
         bool reached;
     };
     struct strand {
@@ -62,10 +63,9 @@ private:
         std::uint32_t previous; // on its contour
         std::uint32_t next; // on its contour
         std::uint32_t onward; // the strand that goes on with its loop
-        std::int32_t level_at_start; // above the base of the node
+        std::int32_t level_at_start; // above the base of the node; of a cancelled one the winding there
         std::int32_t level_at_end;
         bool cancelled; // by a strand that runs the other way on the same line
-        bool bare; // cancelled, and no other is left on the line: the level is the winding on both sides
         bool walked;
     };
     // A strand as seen from a node.
@@ -97,7 +97,7 @@ private:
     void report_shared_points() const;
 
     // arrangement_levels.cpp: what belongs together around the nodes, and across them
-    void make_strands();
+    void link_strands();
     void gather_spokes(const node& n);
     void cancel_strands(const node& n);
     void cancel_on_line(std::span<const spoke> line);
@@ -105,8 +105,8 @@ private:
     void pair_strands(const node& n);
     void pair_crossing(const node& n);
     void find_levels();
-    [[nodiscard]] std::uint32_t reach_from(std::uint32_t n);
-    void reach(std::uint32_t n, std::int32_t base);
+    [[nodiscard]] std::uint32_t reach_from(std::uint32_t first_stop);
+    void reach(std::uint32_t s, std::int32_t base);
     [[nodiscard]] std::int32_t error_of_base(std::uint32_t top) const;
     [[nodiscard]] std::int32_t winding_outside(std::uint32_t top) const;
     [[nodiscard]] bool interior_on_left(std::uint32_t top) const;
@@ -116,11 +116,6 @@ private:
         return std::span<const std::uint32_t>(node_stops_).subspan(n.first, n.count);
     }
     [[nodiscard]] bool at_point(const stop& s) const { return s.place == s.edge; }
-    [[nodiscard]] bool is_simple_crossing(const node& n) const
-    {
-        const auto s = stops_of(n);
-        return s.size() == 2 && !is_point(stops_[s[0]].place) && !is_point(stops_[s[1]].place);
-    }
     [[nodiscard]] std::uint32_t end_of(std::uint32_t s) const { return strands_[strands_[s].next].node; }
     [[nodiscard]] std::int32_t level_of(std::uint32_t s) const
     {
@@ -153,7 +148,9 @@ private:
     geometry_list<std::uint32_t> node_stops_;
     geometry_list<strand> strands_;
     geometry_list<spoke> spokes_; // around the node in question
-    geometry_list<std::uint32_t> open_; // nodes reached, or spokes not yet paired
+    geometry_list<std::uint32_t> open_; // strands that came in and are not paired yet
+    geometry_list<std::uint32_t> reached_; // nodes
+    geometry_list<std::uint32_t> entries_; // a stop of each contour that was reached
     geometry_list<bool> contour_reached_;
     geometry_list<POINT> loop_;
 };

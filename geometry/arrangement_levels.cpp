@@ -4,14 +4,9 @@
 
 namespace klv {
 
-// Strand i leaves stop i.
-void arrangement::make_strands()
+// Threads the strands along the contours.
+void arrangement::link_strands()
 {
-    strands_.resize(stops_.size());
-    for (std::uint32_t i = 0; i < stops_.size(); ++i)
-        strands_[i]
-            = {node_of_place_[joined(stops_[i].place)], i - 1, i + 1, none, 0, 0, false, false, false};
-
     contour_stops_.reserve(outline_.contours().size() + 1);
     std::uint32_t at = 0;
     for (const auto& c : outline_.contours()) {
@@ -61,7 +56,7 @@ void arrangement::gather_spokes(const node& n)
 // Strands that run both ways on the same line bound nothing.
 void arrangement::cancel_strands(const node& n)
 {
-    if (is_simple_crossing(n))
+    if (n.crossing)
         return;
     gather_spokes(n);
     for (auto at = spokes_.begin(); at != spokes_.end();) {
@@ -93,11 +88,6 @@ void arrangement::cancel_on_line(std::span<const spoke> line)
             strands_[in++->strand].cancelled = true;
         }
     }
-    const auto cancelled = [this](const spoke& s) { return strands_[s.strand].cancelled; };
-    if (std::all_of(line.begin(), line.end(), cancelled)) {
-        for (const spoke& s : line)
-            strands_[s.strand].bare = true;
-    }
 }
 
 // Whether a strand lies on one edge.
@@ -120,11 +110,9 @@ void arrangement::pair_strands(const node& n)
         for (const auto& [direction, number, leaves] : spokes_) {
             strand& s = strands_[number];
             std::int32_t& level = leaves ? s.level_at_start : s.level_at_end;
-            if (s.bare)
+            if (s.cancelled) {
                 level = winding;
-            if (s.cancelled)
-                continue;
-            if (leaves) {
+            } else if (leaves) {
                 --winding;
                 if (round == 1)
                     level = winding;
@@ -158,52 +146,57 @@ void arrangement::pair_crossing(const node& n)
     from_b.level_at_start = to_a.level_at_end = b_turns_left ? -2 : 0;
 }
 
-// From node to node along the strands, then by what lies around the topmost point that was reached.
+// From contour to contour through the nodes, then by what lies around the topmost point that was reached.
 void arrangement::find_levels()
 {
     contour_reached_.assign(outline_.contours().size(), false);
-    for (std::uint32_t n = 0; n < nodes_.size(); ++n) {
-        if (nodes_[n].reached)
+    for (const node& n : nodes_) {
+        if (n.reached)
             continue;
-        const std::int32_t error = error_of_base(reach_from(n));
-        for (const auto reached : open_)
+        const std::int32_t error = error_of_base(reach_from(stops_of(n)[0]));
+        for (const auto reached : reached_)
             nodes_[reached].base -= error;
     }
 }
 
 // \return the topmost point
-std::uint32_t arrangement::reach_from(std::uint32_t n)
+std::uint32_t arrangement::reach_from(std::uint32_t first_stop)
 {
-    std::uint32_t top = none;
-    open_.clear();
-    reach(n, 0);
-    for (std::size_t i = 0; i < open_.size(); ++i) {
-        const node& here = nodes_[open_[i]];
-        for (const auto s : stops_of(here)) {
-            const std::uint32_t contour = outline_.contour_of(stops_[s].edge);
-            if (!contour_reached_[contour]) {
-                contour_reached_[contour] = true;
-                const std::uint32_t other = outline_.contours()[contour].top;
-                if (top == none || higher(outline_[other], outline_[top]))
-                    top = other;
-            }
-            const strand &on = strands_[s], &back = strands_[on.previous];
-            if (!on.cancelled || on.bare)
-                reach(end_of(s), here.base + on.level_at_start - on.level_at_end);
-            if (!back.cancelled || back.bare)
-                reach(back.node, here.base + back.level_at_end - back.level_at_start);
-        }
+    std::uint32_t top = outline_.contours()[outline_.contour_of(stops_[first_stop].edge)].top;
+    reached_.clear();
+    entries_.clear();
+    reach(first_stop, 0);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        const std::uint32_t entry = entries_[i];
+        const std::uint32_t other = outline_.contours()[outline_.contour_of(stops_[entry].edge)].top;
+        if (higher(outline_[other], outline_[top]))
+            top = other;
+        std::uint32_t s = entry;
+        do {
+            const strand& on = strands_[s];
+            reach(on.next, nodes_[on.node].base + on.level_at_start - on.level_at_end);
+            s = on.next;
+        } while (s != entry);
     }
     return top;
 }
 
-void arrangement::reach(std::uint32_t n, std::int32_t base)
+// The node of a stop, and through it the contours that pass there.
+void arrangement::reach(std::uint32_t s, std::int32_t base)
 {
-    if (nodes_[n].reached)
+    node& n = nodes_[strands_[s].node];
+    if (n.reached)
         return;
-    nodes_[n].reached = true;
-    nodes_[n].base = base;
-    open_.push_back(n);
+    n.reached = true;
+    n.base = base;
+    reached_.push_back(strands_[s].node);
+    for (const auto other : stops_of(n)) {
+        const std::uint32_t contour = outline_.contour_of(stops_[other].edge);
+        if (contour_reached_[contour])
+            continue;
+        contour_reached_[contour] = true;
+        entries_.push_back(other);
+    }
 }
 
 std::int32_t arrangement::error_of_base(std::uint32_t top) const
@@ -231,6 +224,7 @@ bool arrangement::interior_on_left(std::uint32_t top) const
     return cross(outline_.direction(outline_.preceding(top)), outline_.direction(top)) > 0;
 }
 
+// A loop is closed as soon as it is back at its first node.
 std::span<const POINT> arrangement::trace(std::uint32_t first)
 {
     loop_.clear();
@@ -250,7 +244,7 @@ std::span<const POINT> arrangement::trace(std::uint32_t first)
             } while (point != to.edge);
         }
         s = on.onward;
-    } while (s != first);
+    } while (strands_[s].node != strands_[first].node);
     if (loop_.size() > 1 && loop_.back() == loop_.front())
         loop_.pop_back();
     return loop_;

@@ -21,11 +21,11 @@ arrangement::arrangement(
     make_nodes();
     report_shared_points();
 
-    make_strands();
+    link_strands();
     for (const node& n : nodes_)
         cancel_strands(n);
     for (const node& n : nodes_) {
-        if (is_simple_crossing(n))
+        if (n.crossing)
             pair_crossing(n);
         else
             pair_strands(n);
@@ -227,21 +227,26 @@ void arrangement::make_nodes()
         if (node_of_place_[place] != none)
             continue;
         node_of_place_[place] = static_cast<std::uint32_t>(nodes_.size());
-        nodes_.push_back({0, 0, is_point(place) ? outline_[place] : m.at, 0, false});
+        nodes_.push_back({0, 0, is_point(place) ? outline_[place] : m.at, 0, !is_point(place), false});
     }
 
-    const auto node_of = [this](const stop& s) -> node& { return nodes_[node_of_place_[joined(s.place)]]; };
-    for (const stop& s : stops_)
-        ++node_of(s).count;
+    // Strand i leaves stop i.
+    strands_.reserve(stops_.size());
+    for (std::uint32_t i = 0; i < stops_.size(); ++i) {
+        const std::uint32_t n = node_of_place_[joined(stops_[i].place)];
+        ++nodes_[n].count;
+        strands_.push_back({n, i - 1, i + 1, none, 0, 0, false, false});
+    }
     std::uint32_t first = 0;
     for (node& n : nodes_) {
         n.first = first;
         first += n.count;
+        n.crossing = n.crossing && n.count == 2;
         n.count = 0;
     }
     node_stops_.resize(stops_.size());
     for (std::uint32_t i = 0; i < stops_.size(); ++i) {
-        node& n = node_of(stops_[i]);
+        node& n = nodes_[strands_[i].node];
         node_stops_[n.first + n.count++] = i;
     }
 }

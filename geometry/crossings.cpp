@@ -112,12 +112,21 @@ outline_crossings find_crossings(const edge_outline& outline, const outline_tree
     return crossing_search(outline, tree).run(within_contours);
 }
 
-POINT point_on_edge(const edge_outline& outline, std::uint32_t a, double t)
+POINT point_on_edge(const edge_outline& outline, std::uint32_t edge, double t)
 {
-    const offset along = outline.direction(a);
-    const POINT& from = outline[a];
+    const offset along = outline.direction(edge);
+    const POINT& from = outline[edge];
     return {wrap_add(from.x, round_wrapped(static_cast<double>(along.x) * t)),
         wrap_add(from.y, round_wrapped(static_cast<double>(along.y) * t))};
+}
+
+POINT crossing_point(const edge_outline& outline, const edge_pair& pair)
+{
+    const offset apart = offset::between(outline[pair.a], outline[pair.b]);
+    const offset along_b = outline.direction(pair.b);
+    const wide whole = cross(outline.direction(pair.a), along_b);
+    return whole == 0 ? outline[pair.a]
+                      : point_on_edge(outline, pair.a, fraction::of(cross(apart, along_b), whole).rounded());
 }
 
 } // namespace klv

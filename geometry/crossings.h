@@ -29,7 +29,9 @@ struct outline_crossings {
 [[nodiscard]] outline_crossings find_crossings(
     const edge_outline& outline, const outline_tree& tree, bool within_contours);
 
-/// The point of a pair of edges that cross, rounded to whole coordinates. \param t its place on edge a
-[[nodiscard]] POINT point_on_edge(const edge_outline& outline, std::uint32_t a, double t);
+/// The point at place t, from 0 to 1, of an edge, rounded to whole coordinates.
+[[nodiscard]] POINT point_on_edge(const edge_outline& outline, std::uint32_t edge, double t);
+/// Where two edges of a crossing meet, rounded as a place of the first.
+[[nodiscard]] POINT crossing_point(const edge_outline& outline, const edge_pair& pair);
 
 } // namespace klv

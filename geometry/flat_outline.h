@@ -8,15 +8,10 @@
 
 namespace klv {
 
-/// A shape's outline as polygons. Contours may repeat their first point at the end.
+/// A shape's outline as polygons, empty when memory is out. Contours may repeat their first point at the end.
 class flat_outline {
 public:
-    explicit flat_outline(const vSHAPE& shape) noexcept
-        : contours_(shape.GetShapeAsPoints(&points_, &counts_))
-    {
-        for (const int count : counts())
-            total_ += static_cast<std::size_t>(count);
-    }
+    explicit flat_outline(const vSHAPE& shape) noexcept;
     flat_outline(const flat_outline&) = delete;
     flat_outline& operator=(const flat_outline&) = delete;
     ~flat_outline()
@@ -45,6 +40,8 @@ public:
     }
 
 private:
+    void copy_polygons(const vSHAPE& shape) noexcept;
+
     POINT* points_ = nullptr;
     int* counts_ = nullptr;
     int contours_ = 0;

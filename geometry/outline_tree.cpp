@@ -34,14 +34,16 @@ outline_tree::outline_tree(const edge_outline& outline)
     boxes_.reserve(2 * count + 32);
     slabs_.reserve(2 * count + 32);
     spreads_.reserve(2 * count + 32);
+    headings_.reserve(2 * count + 32);
     for (const run& r : runs_)
         add_run_node(r);
     levels_.push_back({0, static_cast<std::uint32_t>(count)});
     while (levels_.back().count > 1) {
         const level below = levels_.back();
         levels_.push_back({static_cast<std::uint32_t>(boxes_.size()), (below.count + 1) / 2});
-        for (std::uint32_t i = 0; i < below.count; i += 2)
-            add_parent(below.first + i, below.first + std::min(i + 1, below.count - 1));
+        const auto l = static_cast<std::uint32_t>(levels_.size() - 1);
+        for (std::uint32_t i = 0; i < levels_[l].count; ++i)
+            add_parent(l, i);
     }
 }
 
@@ -70,10 +72,26 @@ void outline_tree::make_runs()
     }
 }
 
+namespace {
+
+std::uint8_t heading_of(const offset& edge)
+{
+    constexpr unsigned right = 1, left = 2, down = 4, up = 8;
+    return static_cast<std::uint8_t>((edge.x > 0          ? right
+                                             : edge.x < 0 ? left
+                                                          : 0)
+        | (edge.y > 0        ? down
+                : edge.y < 0 ? up
+                             : 0));
+}
+
+} // namespace
+
 void outline_tree::add_run_node(const run& r)
 {
     std::array<location, edges_in_run + 1> covered;
     spread edges;
+    std::uint8_t heading = 0xFF;
     edge_box box = edge_box::of(outline_[r.first], outline_[r.first]);
     const auto cover = [&](std::uint32_t i, const POINT& p) {
         covered[i] = {static_cast<double>(p.x), static_cast<double>(p.y)};
@@ -82,26 +100,32 @@ void outline_tree::add_run_node(const run& r)
     cover(0, outline_[r.first]);
     for (std::uint32_t i = 0; i < r.count; ++i) {
         cover(i + 1, outline_.end(r.first + i));
+        heading &= heading_of(outline_.direction(r.first + i));
         const double dx = covered[i + 1].x - covered[i].x, dy = covered[i + 1].y - covered[i].y;
         edges.xx += dx * dx;
         edges.xy += dx * dy;
         edges.yy += dy * dy;
     }
-    add_node(box, edges, {covered.data(), r.count + 1});
+    add_node(box, edges, heading, {covered.data(), r.count + 1});
 }
 
-void outline_tree::add_parent(std::uint32_t left, std::uint32_t right)
+void outline_tree::add_parent(std::uint32_t l, std::uint32_t i)
 {
+    const level& below = levels_[l - 1];
+    const std::uint32_t left = below.first + 2 * i,
+                        right = below.first + std::min(2 * i + 1, below.count - 1);
     std::array<location, 8> covered;
-    for (int i = 0; i < 4; ++i) {
-        covered[static_cast<std::size_t>(i)] = slabs_[left].corner(i);
-        covered[static_cast<std::size_t>(i + 4)] = slabs_[right].corner(i);
+    for (std::size_t c = 0; c < 4; ++c) {
+        covered[c] = slabs_[left].corner(c);
+        covered[c + 4] = slabs_[right].corner(c);
     }
     const spread &a = spreads_[left], &b = spreads_[right];
-    add_node(boxes_[left].with(boxes_[right]), {a.xx + b.xx, a.xy + b.xy, a.yy + b.yy}, covered);
+    const std::uint8_t heading = in_one_contour(l, i, i) ? headings_[left] & headings_[right] : 0;
+    add_node(boxes_[left].with(boxes_[right]), {a.xx + b.xx, a.xy + b.xy, a.yy + b.yy}, heading, covered);
 }
 
-void outline_tree::add_node(const edge_box& box, const spread& edges, std::span<const location> covered)
+void outline_tree::add_node(
+    const edge_box& box, const spread& edges, std::uint8_t heading, std::span<const location> covered)
 {
     // Numbers here have rounding errors of less than a thousandth of a unit.
     constexpr double slack = 0.01;
@@ -114,7 +138,7 @@ void outline_tree::add_node(const edge_box& box, const spread& edges, std::span<
 
     // The main direction is at half the angle of the vector (xx - yy, 2 xy).
     const double p = edges.xx - edges.yy, q = 2 * edges.xy;
-    const double r = std::hypot(p, q);
+    const double r = std::sqrt(p * p + q * q);
     if (r > worth_a_tilt * (edges.xx + edges.yy)) {
         const double larger = std::sqrt((1 + std::abs(p) / r) / 2);
         const double smaller = q / (2 * r * larger);
@@ -135,11 +159,12 @@ void outline_tree::add_node(const edge_box& box, const spread& edges, std::span<
         }
     }
     boxes_.push_back(box);
+    headings_.push_back(heading);
     slabs_.push_back(s);
     spreads_.push_back(edges);
 }
 
-outline_tree::location outline_tree::slab::corner(int i) const
+outline_tree::location outline_tree::slab::corner(std::size_t i) const
 {
     const double l = i & 1 ? half_length : -half_length, w = i & 2 ? half_width : -half_width;
     return {middle.x + l * along.x - w * along.y, middle.y + l * along.y + w * along.x};

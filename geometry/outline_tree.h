@@ -35,10 +35,11 @@ struct edge_box {
 /// others are found without looking at all. What lies close on a contour mostly lies close in the plane; many
 /// contours are taken along a space-filling curve. Besides its upright box, a node of long edges that run
 /// about the same way has a box along them: thin rays of a fan overlap in their upright boxes, but hardly in
-/// these. May throw std::bad_alloc.
+/// these. And a node whose edges all go right, or left, down or up, is one of which no edge meets another.
+/// May throw std::bad_alloc.
 class outline_tree {
 public:
-    static constexpr std::uint32_t edges_in_run = 8;
+    static constexpr std::uint32_t edges_in_run = 16;
 
     /// Consecutive edges of one contour, at most edges_in_run.
     struct run {
@@ -51,7 +52,8 @@ public:
     [[nodiscard]] const run& operator[](std::uint32_t i) const { return runs_[i]; }
     [[nodiscard]] const edge_box& box_of(std::uint32_t i) const { return boxes_[i]; }
 
-    /// Calls visit(i, j) for all runs i <= j that may share a point, in no particular order.
+    /// Calls visit(i, j) for all runs i <= j whose edges may share points, other than neighbours on a contour
+    /// do, in no particular order.
     /// \param within_contours whether runs of the same contour count
     template <typename VISIT> void visit_pairs(bool within_contours, const VISIT& visit) const
     {
@@ -79,7 +81,7 @@ private:
         bool tilted; // and worth asking: much smaller than the upright box
 
         [[nodiscard]] bool apart_by_own_sides(const slab& o) const;
-        [[nodiscard]] location corner(int i) const;
+        [[nodiscard]] location corner(std::size_t i) const;
     };
     // Sums over edge vectors; their main direction follows.
     struct spread {
@@ -94,8 +96,9 @@ private:
 
     void make_runs();
     void add_run_node(const run& r);
-    void add_parent(std::uint32_t left, std::uint32_t right);
-    void add_node(const edge_box& box, const spread& edges, std::span<const location> covered);
+    void add_parent(std::uint32_t l, std::uint32_t i);
+    void add_node(
+        const edge_box& box, const spread& edges, std::uint8_t heading, std::span<const location> covered);
 
     [[nodiscard]] bool apart(std::uint32_t a, std::uint32_t b) const
     {
@@ -130,6 +133,7 @@ private:
     geometry_list<level> levels_;
     geometry_list<edge_box> boxes_; // of all nodes, level after level
     geometry_list<slab> slabs_;
+    geometry_list<std::uint8_t> headings_; // where all edges of the node go, on one contour
     geometry_list<spread> spreads_;
 };
 
@@ -137,7 +141,7 @@ template <typename VISIT>
 void outline_tree::visit_within(
     bool within_contours, std::uint32_t l, std::uint32_t i, const VISIT& visit) const
 {
-    if (!within_contours && in_one_contour(l, i, i))
+    if (headings_[levels_[l].first + i] != 0 || (!within_contours && in_one_contour(l, i, i)))
         return;
     if (l == 0)
         return visit(i, i);
@@ -152,14 +156,18 @@ template <typename VISIT>
 void outline_tree::visit_between(
     bool within_contours, std::uint32_t l, std::uint32_t i, std::uint32_t j, const VISIT& visit) const
 {
-    if (apart(levels_[l].first + i, levels_[l].first + j) || (!within_contours && in_one_contour(l, i, j)))
+    const std::uint32_t a = levels_[l].first + i, b = levels_[l].first + j;
+    if (apart(a, b))
+        return;
+    const bool on_one_way = i + 1 == j && (headings_[a] & headings_[b]) != 0;
+    if ((on_one_way || !within_contours) && in_one_contour(l, i, j))
         return;
     if (l == 0)
         return visit(i, j);
-    for (std::uint32_t a = 2 * i; a < 2 * i + 2; ++a) {
-        for (std::uint32_t b = 2 * j; b < 2 * j + 2; ++b) {
-            if (has(l - 1, a) && has(l - 1, b))
-                visit_between(within_contours, l - 1, a, b, visit);
+    for (std::uint32_t m = 2 * i; m < 2 * i + 2; ++m) {
+        for (std::uint32_t n = 2 * j; n < 2 * j + 2; ++n) {
+            if (has(l - 1, m) && has(l - 1, n))
+                visit_between(within_contours, l - 1, m, n, visit);
         }
     }
 }

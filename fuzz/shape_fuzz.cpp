@@ -1,0 +1,138 @@
+// Shapes of arbitrary contours: what is united, intersected and complemented keeps its area but for the
+// rounding of crossings.
+#include "geometry/exact.h"
+#include "geometry/shape.h"
+#include "geometry/shape_boolean.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <vector>
+
+using namespace klv;
+
+namespace {
+
+void require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+struct shape_pair {
+    poly_polygon a;
+    poly_polygon b;
+};
+
+// A byte that scales, then contours: a byte whose lowest bit chooses the shape and whose others are the
+// number of points, then these, a signed byte for each coordinate.
+shape_pair shapes_of(std::span<const std::uint8_t> data)
+{
+    constexpr std::uint8_t greatest_shift = 23;
+    shape_pair shapes;
+    if (data.empty())
+        return shapes;
+    const int unit = 1 << (data[0] % (greatest_shift + 1));
+    data = data.subspan(1);
+    while (!data.empty()) {
+        const std::size_t wanted = data[0] / 2u;
+        poly_polygon& shape = data[0] % 2 == 0 ? shapes.a : shapes.b;
+        data = data.subspan(1);
+        std::vector<POINT> contour;
+        while (contour.size() < wanted && data.size() >= 2) {
+            contour.push_back(
+                {static_cast<std::int8_t>(data[0]) * unit, static_cast<std::int8_t>(data[1]) * unit});
+            data = data.subspan(2);
+        }
+        if (contour.size() >= 2)
+            shape.append(contour);
+    }
+    return shapes;
+}
+
+vSHAPE shape_of(const poly_polygon& p)
+{
+    return {p.points.data(), p.counts.data(), static_cast<int>(p.counts.size()), 1};
+}
+
+double length_of(const poly_polygon& p)
+{
+    double length = 0;
+    for_each_contour(std::span<const POINT>(p.points), p.counts, [&](std::span<const POINT> c) {
+        for (std::size_t i = 0; i < c.size(); ++i) {
+            const offset along = offset::between(c[i], c[i + 1 == c.size() ? 0 : i + 1]);
+            length += std::hypot(along.x, along.y);
+        }
+    });
+    return length;
+}
+
+double area_of(const vSHAPE& shape)
+{
+    wide doubled = 0;
+    std::vector<POINT> contour;
+    for (const auto& r : shape.records()) {
+        contour.push_back({r.x(), r.y()});
+        if (!r.has(point_flags::last))
+            continue;
+        doubled -= doubled_area(contour);
+        contour.clear();
+    }
+    return static_cast<double>(doubled) / 2;
+}
+
+vSHAPE united(const vSHAPE& a, const vSHAPE& b)
+{
+    vSHAPE result(a);
+    require(result.Union(b) == 1 && result.Closed());
+    require(result.empty() || result.IsValid());
+    return result;
+}
+
+vSHAPE intersected(const vSHAPE& a, const vSHAPE& b)
+{
+    vSHAPE result(a);
+    require(result.Intersection(b) == 1 && !result.negated());
+    require(result.empty() || result.IsValid());
+    return result;
+}
+
+void check_decomposition(const poly_polygon& p)
+{
+    for (const auto crossings : {self_crossings::no, self_crossings::yes}) {
+        poly_polygon loops;
+        if (!DecomposePolyPolygon(p.points, p.counts, loops, crossings))
+            continue;
+        wide before = 0, after = 0;
+        const auto add_to
+            = [](wide& sum) { return [&sum](std::span<const POINT> c) { sum += doubled_area(c); }; };
+        for_each_contour(std::span<const POINT>(p.points), p.counts, add_to(before));
+        for_each_contour(std::span<const POINT>(loops.points), loops.counts, add_to(after));
+        require(std::abs(static_cast<double>(after - before)) <= 2 * length_of(p) + 1);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const auto [points_a, points_b] = shapes_of({data, size});
+    check_decomposition(points_a);
+    const vSHAPE a = shape_of(points_a), b = shape_of(points_b);
+    const vSHAPE both = united(a, b), common = intersected(a, b);
+
+    // A crossing moves by less than a unit when it is rounded, in each of two steps.
+    const double bound = 2 * (length_of(points_a) + length_of(points_b)) + 1;
+    const double areas = area_of(united(a, a)) + area_of(united(b, b));
+    require(std::abs(area_of(both) + area_of(common) - areas) <= bound);
+    require(std::abs(area_of(united(b, a)) - area_of(both)) <= bound);
+
+    vSHAPE not_a(a);
+    not_a.Negate();
+    require(intersected(a, not_a).empty());
+    not_a.Negate();
+    require(not_a == a && not_a.negated() == a.negated());
+    return 0;
+}
