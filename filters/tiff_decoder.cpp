@@ -13,9 +13,8 @@ namespace klv {
 
 class tiff_plane : public vOBJECT {
 public:
-    tiff_plane(tiff_source& source, std::size_t row_bytes)
+    explicit tiff_plane(tiff_source& source)
         : cursor_(source)
-        , row_bytes_(row_bytes)
     {
     }
     virtual ~tiff_plane() = default;
@@ -26,13 +25,12 @@ public:
         cursor_.seek(offset);
         return oFILTER_OK;
     }
-    /// Decodes the next row of the strip; its bytes stay until the next call.
-    virtual oFILTER_STATUS next_row(std::span<const std::uint8_t>& row) = 0;
+    /// Decodes the next row of the strip, row_bytes long.
+    virtual oFILTER_STATUS read_row(std::span<std::uint8_t> row) = 0;
     [[nodiscard]] std::uint32_t position() const { return cursor_.position(); }
 
 protected:
     tiff_cursor cursor_;
-    std::size_t row_bytes_;
 };
 
 namespace {
@@ -41,49 +39,33 @@ class raw_plane final : public tiff_plane {
 public:
     using tiff_plane::tiff_plane;
 
-    oFILTER_STATUS next_row(std::span<const std::uint8_t>& row) override
+    oFILTER_STATUS read_row(std::span<std::uint8_t> row) override
     {
-        if (const auto there = cursor_.ahead(std::min(row_bytes_, tiff_cursor::longest_view));
-            there.size() >= row_bytes_) {
-            row = there.first(row_bytes_);
-            cursor_.skip(row_bytes_);
-            return oFILTER_OK;
-        }
-        buffer_.resize(row_bytes_);
-        row = buffer_;
-        return cursor_.read(buffer_) ? oFILTER_OK : oFILTER_READ_ERROR;
+        if (row.size() > tiff_cursor::longest_view)
+            return cursor_.read(row) ? oFILTER_OK : oFILTER_READ_ERROR;
+        const auto stored = cursor_.ahead(row.size());
+        if (stored.size() < row.size())
+            return oFILTER_READ_ERROR;
+        std::ranges::copy(stored.first(row.size()), row.begin());
+        cursor_.skip(row.size());
+        return oFILTER_OK;
     }
-
-private:
-    tiff_buffer buffer_; ///< for rows longer than the cursor's view of a file
 };
 
 class packbits_plane final : public tiff_plane {
 public:
-    packbits_plane(tiff_source& source, std::size_t row_bytes)
-        : tiff_plane(source, row_bytes)
-        , row_(row_bytes)
-    {
-    }
+    using tiff_plane::tiff_plane;
 
-    oFILTER_STATUS next_row(std::span<const std::uint8_t>& row) override
-    {
-        row = row_;
-        return ReadPackedBits(cursor_, row_);
-    }
-
-private:
-    tiff_buffer row_;
+    oFILTER_STATUS read_row(std::span<std::uint8_t> row) override { return ReadPackedBits(cursor_, row); }
 };
 
 class huffman_plane final : public tiff_plane {
 public:
-    huffman_plane(tiff_source& source, const TIFFIMAGE& image, std::size_t row_bytes)
-        : tiff_plane(source, row_bytes)
+    huffman_plane(tiff_source& source, const TIFFIMAGE& image)
+        : tiff_plane(source)
         , bits_(cursor_)
         , width_(image.width)
         , black_is_zero_(image.photometric == tiff_black_is_zero)
-        , row_(row_bytes)
     {
     }
 
@@ -93,12 +75,12 @@ public:
         return tiff_plane::begin_strip(offset, rows);
     }
 
-    oFILTER_STATUS next_row(std::span<const std::uint8_t>& row) override
+    oFILTER_STATUS read_row(std::span<std::uint8_t> row) override
     {
-        row = row_;
-        const oFILTER_STATUS status = ReadHuffBits(bits_, width_, row_);
+        const oFILTER_STATUS status = ReadHuffBits(bits_, width_, row);
+        bits_.move_cursor();
         if (black_is_zero_)
-            for (std::uint8_t& byte : row_)
+            for (std::uint8_t& byte : row)
                 byte = static_cast<std::uint8_t>(byte ^ 0xFF);
         return status;
     }
@@ -107,16 +89,16 @@ private:
     tiff_bits bits_;
     std::uint32_t width_;
     bool black_is_zero_;
-    tiff_buffer row_;
 };
 
 class lzw_plane final : public tiff_plane {
 public:
-    lzw_plane(tiff_source& source, const TIFFIMAGE& image, std::uint32_t plane, std::size_t row_bytes)
-        : tiff_plane(source, row_bytes)
-        , decoder_(static_cast<std::uint32_t>(row_bytes * image.rows_per_strip))
+    lzw_plane(tiff_source& source, const TIFFIMAGE& image, std::uint32_t plane)
+        : tiff_plane(source)
+        , row_bytes_(static_cast<std::uint32_t>(image.row_bytes(plane)))
+        , decoder_(row_bytes_ * image.rows_per_strip)
     {
-        if (image.predictor == 2)
+        if (image.predictor == tiff_differences)
             predictor_.emplace(image, plane);
     }
 
@@ -125,43 +107,42 @@ public:
     {
         cursor_.seek(offset);
         next_ = 0;
-        status_ = decoder_.ParseLZW(cursor_, static_cast<std::uint32_t>(row_bytes_ * rows));
+        status_ = decoder_.ParseLZW(cursor_, row_bytes_ * rows);
         return oFILTER_OK;
     }
 
-    oFILTER_STATUS next_row(std::span<const std::uint8_t>& row) override
+    oFILTER_STATUS read_row(std::span<std::uint8_t> row) override
     {
-        const auto stored = decoder_.strip().subspan(next_, row_bytes_);
+        std::ranges::copy(decoder_.strip().subspan(next_, row_bytes_), row.begin());
         next_ += row_bytes_;
         if (predictor_)
-            predictor_->UndoHorizPredictor(stored);
-        row = stored;
+            predictor_->UndoHorizPredictor(row);
         return next_ <= decoder_.decoded() ? oFILTER_OK : status_;
     }
 
 private:
+    std::uint32_t row_bytes_;
     tiff_lzw_decoder decoder_;
     std::optional<tiff_predictor> predictor_;
-    std::size_t next_ = 0;
+    std::uint32_t next_ = 0;
     oFILTER_STATUS status_ = oFILTER_OK;
 };
 
 std::unique_ptr<tiff_plane> make_plane(const TIFFIMAGE& image, tiff_source& source, std::uint32_t plane)
 {
-    const auto row_bytes = static_cast<std::size_t>(image.row_bytes(plane));
     std::unique_ptr<tiff_plane> made;
     switch (image.compression) {
     case tiff_packbits:
-        made.reset(new packbits_plane(source, row_bytes));
+        made.reset(new packbits_plane(source));
         break;
     case tiff_modified_huffman:
-        made.reset(new huffman_plane(source, image, row_bytes));
+        made.reset(new huffman_plane(source, image));
         break;
     case tiff_lzw:
-        made.reset(new lzw_plane(source, image, plane, row_bytes));
+        made.reset(new lzw_plane(source, image, plane));
         break;
     default:
-        made.reset(new raw_plane(source, row_bytes));
+        made.reset(new raw_plane(source));
     }
     if (!made)
         throw std::bad_alloc();
@@ -177,6 +158,9 @@ tiff_decoder::tiff_decoder(const TIFFIMAGE& image, tiff_source& source)
 {
     for (std::uint32_t plane = 0; plane < plane_count_; ++plane)
         planes_[plane] = make_plane(image, source, plane);
+    if (!unpacker_.stored_as_bitmap())
+        for (std::uint32_t plane = 0; plane < plane_count_; ++plane)
+            rows_[plane].resize(static_cast<std::size_t>(image.row_bytes(plane)));
 }
 
 tiff_decoder::~tiff_decoder() = default;
@@ -204,10 +188,18 @@ oFILTER_STATUS tiff_decoder::next_line(std::span<std::uint8_t> line)
         if (const auto status = begin_strip(); status != oFILTER_OK)
             return status;
     ++row_;
+    if (unpacker_.stored_as_bitmap()) {
+        const auto row_bytes = static_cast<std::size_t>(image_.row_bytes(0));
+        const auto status = planes_[0]->read_row(line.first(row_bytes));
+        unpacker_.clear_rest(line);
+        return status;
+    }
     tiff_plane_rows rows;
-    for (std::uint32_t plane = 0; plane < plane_count_; ++plane)
-        if (const auto status = planes_[plane]->next_row(rows[plane]); status != oFILTER_OK)
+    for (std::uint32_t plane = 0; plane < plane_count_; ++plane) {
+        if (const auto status = planes_[plane]->read_row(rows_[plane]); status != oFILTER_OK)
             return status;
+        rows[plane] = rows_[plane];
+    }
     unpacker_.unpack(rows, line);
     return oFILTER_OK;
 }

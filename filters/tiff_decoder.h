@@ -34,6 +34,7 @@ private:
     tiff_row_unpacker unpacker_;
     std::uint32_t plane_count_;
     std::array<std::unique_ptr<tiff_plane>, tiff_most_planes> planes_;
+    std::array<tiff_buffer, tiff_most_planes> rows_; ///< as stored; not used when that is how bitmaps are
     std::uint32_t row_ = 0;
 };
 

@@ -31,14 +31,16 @@ void set_bits(std::span<std::uint8_t> row, std::uint32_t from, std::uint32_t cou
 oFILTER_STATUS ReadHuffBits(tiff_bits& in, std::uint32_t width, std::span<std::uint8_t> row)
 {
     std::ranges::fill(row, std::uint8_t{0});
+    tiff_bits bits = in;
     bool black = false;
     for (std::uint32_t x = 0; x < width;) {
         std::uint32_t run = 0;
         run_lookup code;
         do {
-            code = black ? black_runs[in.peek(longest_black_code)] : white_runs[in.peek(longest_white_code)];
-            in.drop(code.length);
-            if (!in.ok())
+            code = black ? black_runs[bits.peek(longest_black_code)]
+                         : white_runs[bits.peek(longest_white_code)];
+            bits.drop(code.length);
+            if (!bits.ok())
                 return oFILTER_READ_ERROR;
             run += static_cast<std::uint32_t>(code.run);
             if (code.length == 0 || run > width - x)
@@ -49,7 +51,8 @@ oFILTER_STATUS ReadHuffBits(tiff_bits& in, std::uint32_t width, std::span<std::u
         x += run;
         black = !black;
     }
-    in.align();
+    bits.align();
+    in = bits;
     return oFILTER_OK;
 }
 

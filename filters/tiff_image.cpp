@@ -98,7 +98,7 @@ bool find_strips(TIFFIMAGE& image)
 /// Compressions that are not for every kind of image.
 bool compression_fits(const TIFFIMAGE& image)
 {
-    if (image.predictor == 2 && image.compression != tiff_lzw)
+    if (image.predictor == tiff_differences && image.compression != tiff_lzw)
         return false;
     if (image.compression == tiff_modified_huffman)
         return image.photometric <= tiff_black_is_zero && image.stored_depth == 1;
@@ -161,7 +161,8 @@ oFILTER_STATUS CheckValidIFD(TIFFIMAGE& image, std::uint32_t file_size)
         return oFILTER_BAD_DATA;
     const bool planes_known
         = image.planar_configuration == tiff_chunky || image.planar_configuration == tiff_planar;
-    if (!known_compression(image) || !planes_known || (image.predictor != 1 && image.predictor != 2))
+    if (!known_compression(image) || !planes_known
+        || (image.predictor != tiff_no_predictor && image.predictor != tiff_differences))
         return oFILTER_BAD_DATA;
     if (!find_depths(image) || !find_strips(image) || !compression_fits(image))
         return oFILTER_BAD_DATA;

@@ -30,6 +30,8 @@ enum tiff_compression : std::uint16_t {
 
 enum tiff_planes : std::uint16_t { tiff_chunky = 1, tiff_planar = 2 };
 
+enum tiff_predictors : std::uint16_t { tiff_no_predictor = 1, tiff_differences = 2 };
+
 enum tiff_fill_order : std::uint16_t { tiff_most_significant_first = 1, tiff_least_significant_first = 2 };
 
 enum tiff_sample_format : std::uint16_t { tiff_unsigned = 1, tiff_undefined = 4 };
@@ -53,7 +55,7 @@ struct TIFFIMAGE {
     std::uint16_t planar_configuration = tiff_chunky;
     std::uint32_t length = missing_long; ///< rows
     std::uint32_t width = missing_long; ///< pixels
-    std::uint16_t predictor = 1; ///< 2: horizontal differences
+    std::uint16_t predictor = tiff_no_predictor;
     std::uint16_t colour_map_entries = 0;
     std::array<RGBQUAD, 256> colour_map{};
     ARRAY grey_response; ///< optical density of each grey, in grey_response_unit

@@ -13,8 +13,9 @@ constexpr std::uint32_t first_free_code = 258;
 constexpr unsigned shortest_code = 9;
 constexpr unsigned longest_code = 12;
 
-/// Strings are copied in pieces of this size, whose excess the next string overwrites.
+/// Strings up to this long are copied whole pieces at a time; the next string overwrites the excess.
 constexpr std::size_t piece = 8;
+constexpr std::size_t short_string = 2 * piece;
 
 /// Before revision 6.0 some programs wrote the least significant bit of each code first. Their strips begin
 /// with a clear code that reads so.
@@ -24,17 +25,22 @@ bool has_reversed_codes(tiff_cursor& in)
     return start.size() >= 2 && start[0] == 0 && (start[1] & 1) != 0;
 }
 
-/// Copies a string that ends, except for its last byte, before the place where it goes.
+/// Copies a string that ends before the place where it goes.
 inline void copy_string(const std::uint8_t* from, std::uint8_t* to, std::size_t length)
 {
-    for (std::size_t i = 0; i < length; i += piece)
-        std::memcpy(to + i, from + i, piece);
+    if (length > short_string) {
+        std::memcpy(to, from, length);
+        return;
+    }
+    std::memcpy(to, from, piece);
+    if (length > piece)
+        std::memcpy(to + piece, from + piece, piece);
 }
 
 } // namespace
 
 tiff_lzw_decoder::tiff_lzw_decoder(std::uint32_t longest_strip)
-    : text_(literals + longest_strip + piece)
+    : text_(literals + longest_strip + short_string)
 {
     for (std::uint32_t i = 0; i < literals; ++i) {
         text_[i] = static_cast<std::uint8_t>(i);
@@ -60,6 +66,7 @@ oFILTER_STATUS tiff_lzw_decoder::ParseLZW(tiff_cursor& in, std::uint32_t size)
 oFILTER_STATUS tiff_lzw_decoder::decode(tiff_cursor& in, std::uint32_t end, std::uint32_t& at)
 {
     std::uint8_t* const text = text_.data();
+    LZWCode* const codes = codes_.data();
     tiff_bits bits(in);
     LZWCode previous{0, 0};
     std::uint32_t next = first_free_code;
@@ -80,7 +87,7 @@ oFILTER_STATUS tiff_lzw_decoder::decode(tiff_cursor& in, std::uint32_t end, std:
             return oFILTER_BAD_DATA;
         // The new string is the previous one and the first byte of this one, which follows it in the text.
         if (previous.length != 0) {
-            codes_[next++] = {previous.start, static_cast<std::uint16_t>(previous.length + 1)};
+            codes[next++] = {previous.start, static_cast<std::uint16_t>(previous.length + 1)};
             if (next == limit - 1) {
                 if (++width > longest_code)
                     return oFILTER_BAD_DATA;
@@ -89,13 +96,18 @@ oFILTER_STATUS tiff_lzw_decoder::decode(tiff_cursor& in, std::uint32_t end, std:
         }
         if (code >= next)
             return oFILTER_BAD_DATA;
-        const LZWCode string = codes_[code];
+        const LZWCode string = codes[code];
         const std::uint32_t length = std::min<std::uint32_t>(string.length, end - at);
-        copy_string(text + string.start, text + at, length);
-        text[at + length - 1] = text[string.start + length - 1];
+        if (code == next - 1) { // its last byte is its first, which is still to be written
+            copy_string(text + string.start, text + at, length - 1U);
+            text[at + length - 1] = text[string.start];
+        } else {
+            copy_string(text + string.start, text + at, length);
+        }
         previous = {static_cast<std::uint16_t>(at), string.length};
         at += length;
     }
+    bits.move_cursor();
     return oFILTER_OK;
 }
 

@@ -1,6 +1,7 @@
 #include "filters/tiff_samples.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/integer_math.h"
 
@@ -78,6 +79,29 @@ private:
     std::uint32_t held_ = 0;
 };
 
+using bytes16 [[gnu::vector_size(16)]] = std::uint8_t;
+
+bytes16 load(const std::uint8_t* from)
+{
+    bytes16 bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    return bytes;
+}
+
+constexpr std::uint32_t pixels_at_once = 5;
+
+/// Reverses the three bytes of each of five pixels. Reads two bytes before them and three after, and writes
+/// one after.
+void swap_five(const std::uint8_t* from, std::uint8_t* to)
+{
+    constexpr std::uint8_t on = 0xFF;
+    constexpr bytes16 first{on, 0, 0, on, 0, 0, on, 0, 0, on, 0, 0, on, 0, 0, on};
+    constexpr bytes16 middle{0, on, 0, 0, on, 0, 0, on, 0, 0, on, 0, 0, on, 0, 0};
+    constexpr bytes16 last{0, 0, on, 0, 0, on, 0, 0, on, 0, 0, on, 0, 0, on, 0};
+    const bytes16 swapped = (load(from + 2) & first) | (load(from) & middle) | (load(from - 2) & last);
+    std::memcpy(to, &swapped, sizeof swapped);
+}
+
 } // namespace
 
 tiff_row_unpacker::tiff_row_unpacker(const TIFFIMAGE& image)
@@ -107,8 +131,7 @@ tiff_row_unpacker::unpack_routine tiff_row_unpacker::routine_for(const TIFFIMAGE
     }
     if (image.planar_rgb())
         return &tiff_row_unpacker::decode_PLANARline;
-    return index_bits_ == bitmap_depth_ && extra_bits_ == 0 ? &tiff_row_unpacker::copy_indexes
-                                                            : &tiff_row_unpacker::Decode_NoCompress;
+    return index_bits_ == bitmap_depth_ && extra_bits_ == 0 ? nullptr : &tiff_row_unpacker::Decode_NoCompress;
 }
 
 void tiff_row_unpacker::unpack(const tiff_plane_rows& rows, std::span<std::uint8_t> line) const
@@ -116,12 +139,12 @@ void tiff_row_unpacker::unpack(const tiff_plane_rows& rows, std::span<std::uint8
     (this->*routine_)(rows, line.data());
 }
 
-void tiff_row_unpacker::copy_indexes(const tiff_plane_rows& rows, std::uint8_t* line) const
+void tiff_row_unpacker::clear_rest(std::span<std::uint8_t> line) const
 {
-    std::ranges::copy(rows[0], line);
-    const std::size_t bits_in_last = std::uint64_t{width_} * bitmap_depth_ % bits_per_byte;
-    if (bits_in_last != 0)
-        line[rows[0].size() - 1] &= static_cast<std::uint8_t>(0xFF00U >> bits_in_last & 0xFFU);
+    const std::uint64_t bits = std::uint64_t{width_} * bitmap_depth_;
+    const auto whole_bytes = static_cast<std::size_t>(bits / bits_per_byte);
+    if (const auto bits_in_last = static_cast<unsigned>(bits % bits_per_byte); bits_in_last != 0)
+        line[whole_bytes] &= static_cast<std::uint8_t>(0xFF00U >> bits_in_last & 0xFFU);
 }
 
 /// Indexes that are not stored as wide as the bitmap has them, or with extra samples between. The channels of
@@ -152,11 +175,25 @@ void tiff_row_unpacker::swap_bytes(const tiff_plane_rows& rows, std::uint8_t* li
 {
     const std::uint8_t* from = rows[0].data();
     const std::size_t step = channels + extra_bits_ / bits_per_byte;
-    for (std::uint32_t x = 0; x < width_; ++x, from += step, line += channels) {
+    std::uint32_t x = 0;
+    const auto swap_one = [&] {
         line[0] = from[2];
         line[1] = from[1];
         line[2] = from[0];
+        from += step;
+        line += channels;
+        ++x;
+    };
+    if (step == channels) {
+        swap_one();
+        for (; x + pixels_at_once + 1 < width_; x += pixels_at_once) {
+            swap_five(from, line);
+            from += channels * pixels_at_once;
+            line += channels * pixels_at_once;
+        }
     }
+    while (x < width_)
+        swap_one();
 }
 
 void tiff_row_unpacker::scale_chunky(const tiff_plane_rows& rows, std::uint8_t* line) const

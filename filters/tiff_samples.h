@@ -17,7 +17,12 @@ class tiff_row_unpacker {
 public:
     explicit tiff_row_unpacker(const TIFFIMAGE& image);
 
-    /// rows: one for each plane that is read, row_bytes(plane) long. line: a line of the bitmap.
+    /// True when stored rows already are lines of the bitmap, but for the bits after the last pixel.
+    [[nodiscard]] bool stored_as_bitmap() const { return routine_ == nullptr; }
+    /// Zeroes what follows the last pixel of such a line.
+    void clear_rest(std::span<std::uint8_t> line) const;
+    /// For all other rows: one for each plane that is read, row_bytes(plane) long. line: a line of the
+    /// bitmap.
     void unpack(const tiff_plane_rows& rows, std::span<std::uint8_t> line) const;
 
 private:
@@ -26,7 +31,6 @@ private:
     using unpack_routine = void (tiff_row_unpacker::*)(const tiff_plane_rows&, std::uint8_t*) const;
 
     [[nodiscard]] unpack_routine routine_for(const TIFFIMAGE& image) const;
-    void copy_indexes(const tiff_plane_rows& rows, std::uint8_t* line) const;
     void Decode_NoCompress(const tiff_plane_rows& rows, std::uint8_t* line) const;
     void decode_PLANARline(const tiff_plane_rows& rows, std::uint8_t* line) const;
     void swap_bytes(const tiff_plane_rows& rows, std::uint8_t* line) const;

@@ -78,4 +78,22 @@ void tiff_cursor::refill()
     read_to_ += static_cast<std::uint32_t>(got);
 }
 
+tiff_bits tiff_bits::refilled(tiff_bits bits)
+{
+    bits.move_cursor();
+    const auto window = bits.in_->ahead(sizeof(std::uint64_t));
+    bits.next_ = window.data();
+    bits.end_ = bits.next_ + window.size();
+    if (window.size() >= sizeof(std::uint64_t)) {
+        bits.fill();
+        return bits;
+    }
+    bits.bits_ = bits.held_ != 0 ? bits.bits_ & ~std::uint64_t{0} << (64 - bits.held_) : 0;
+    for (; bits.next_ != bits.end_ && bits.held_ <= 64 - 8; ++bits.next_) {
+        bits.held_ += 8;
+        bits.bits_ |= std::uint64_t{*bits.next_} << (64 - bits.held_);
+    }
+    return bits;
+}
+
 } // namespace klv

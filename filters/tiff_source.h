@@ -63,6 +63,11 @@ public:
     }
     /// Passes over bytes that ahead() showed.
     void skip(std::size_t count) noexcept { window_ = window_.subspan(count); }
+    /// Passes over what ahead() showed before that place.
+    void skip_to(const std::uint8_t* place) noexcept
+    {
+        skip(static_cast<std::size_t>(place - window_.data()));
+    }
     /// Fills `to`. \return false when the file ends before. Throws std::bad_alloc.
     [[nodiscard]] bool read(std::span<std::uint8_t> to);
 
@@ -75,7 +80,8 @@ private:
     tiff_buffer buffer_;
 };
 
-/// The bits of a cursor, the most significant of each byte first.
+/// The bits of a cursor, the most significant of each byte first. Nothing but inline members takes its
+/// address, so that a decoder's own one lives in registers.
 class tiff_bits {
 public:
     /// Bits that peek() can be asked for.
@@ -110,24 +116,35 @@ public:
     void align() noexcept { drop(held_ % 8); }
     /// False once bits after the file's end were taken.
     [[nodiscard]] bool ok() const noexcept { return !ran_out_; }
-    /// Drops what was read ahead; the cursor stands behind it.
-    void clear() noexcept { *this = tiff_bits(*in_); }
+    /// Brings the cursor up to the bytes of which no bit was read.
+    void move_cursor() const noexcept
+    {
+        if (next_)
+            in_->skip_to(next_);
+    }
 
 private:
     void fill()
     {
-        const auto next = in_->ahead(sizeof(std::uint64_t));
-        const std::size_t wanted = (64 - held_) / 8;
-        const std::size_t got = wanted < next.size() ? wanted : next.size();
-        for (std::size_t i = 0; i < got; ++i) {
-            held_ += 8;
-            bits_ |= std::uint64_t{next[i]} << (64 - held_);
+        if (end_ - next_ < static_cast<std::ptrdiff_t>(sizeof(std::uint64_t))) {
+            *this = refilled(*this);
+            return;
         }
-        in_->skip(got);
+        std::uint64_t eight = 0;
+        for (std::size_t i = 0; i < sizeof eight; ++i)
+            eight = eight << 8 | next_[i];
+        // Bits beyond the held ones may stay: the next filling brings the same.
+        bits_ |= eight >> held_;
+        const unsigned taken = (64 - held_) / 8;
+        held_ += 8 * taken;
+        next_ += taken;
     }
+    [[nodiscard]] static tiff_bits refilled(tiff_bits bits);
 
     tiff_cursor* in_;
-    std::uint64_t bits_ = 0; ///< the held bits at the top, zeros below
+    const std::uint8_t* next_ = nullptr; ///< of the cursor's window
+    const std::uint8_t* end_ = nullptr;
+    std::uint64_t bits_ = 0; ///< the held bits at the top
     unsigned held_ = 0;
     bool ran_out_ = false;
 };
