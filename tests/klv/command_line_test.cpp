@@ -223,7 +223,7 @@ TEST_F(Images, AMissingModuleIsNamed)
         std::filesystem::copy(std::filesystem::path(KLV_BUILD_DIR) / file, directory_ / file);
     ASSERT_EQ(convert(path("a.png") + " " + path("a.gif")).status, 0);
     const std::string lone = path("klv") + " convert ";
-    for (const std::string arguments :
+    for (const std::string& arguments :
         {path("a.png") + " " + path("b.bmp"), path("a.gif") + " " + path("b.bmp")}) {
         const auto result = run_command(lone + arguments);
         EXPECT_EQ(result.status, 1);
