@@ -8,7 +8,7 @@ packages=(g++ cmake ninja-build pkg-config
     libpng-dev libjpeg62-turbo-dev libtiff-dev libgsf-1-dev libgraphicsmagick-q16-3
     fontconfig fonts-liberation fonts-urw-base35 fonts-dejavu-core)
 [ "${1:-}" = sanitize ] || [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev llvm)
-[ "${1:-}" = bench ] && packages+=(libbenchmark-dev libgif-dev)
+[ "${1:-}" = bench ] && packages+=(libbenchmark-dev libgif-dev libpolyclipping-dev libboost-dev libgeos-dev)
 
 missing=()
 for package in "${packages[@]}"; do

@@ -129,6 +129,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(std::abs(area_of(both) + area_of(common) - areas) <= bound);
     require(std::abs(area_of(united(b, a)) - area_of(both)) <= bound);
 
+    for (const int distance : {3, -3, 200}) {
+        vSHAPE moved(a);
+        require(moved.Shrink(distance, distance % 2) == 1 && (moved.empty() || moved.IsValid()));
+    }
+
     vSHAPE not_a(a);
     not_a.Negate();
     require(intersected(a, not_a).empty());

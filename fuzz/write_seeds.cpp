@@ -1,4 +1,4 @@
-// write_seeds DIRECTORY: makes DIRECTORY/wmf, /metafile, /dib and /explode, small valid inputs from which the
+// write_seeds DIRECTORY: makes DIRECTORY/wmf, /metafile, /dib, /gif, /shape and /explode, small valid inputs from which the
 // fuzz targets of these names start.
 
 #include <cstdint>
@@ -109,6 +109,18 @@ void write_gif_files()
             .end());
 }
 
+// A byte that scales, then contours of signed bytes: an even number chooses the first shape, odd the second, and
+// half of it is the number of points.
+void write_shapes()
+{
+    constexpr std::uint8_t first = 8, second = 9; // with four points each
+    write("shape", "crossing", {0, first, 0, 0, 10, 0, 10, 10, 0, 10, second, 5, 5, 15, 5, 15, 15, 5, 15});
+    write("shape", "touching", {9, first, 0, 0, 10, 0, 10, 10, 0, 10, second, 10, 0, 20, 0, 20, 10, 10, 10});
+    write("shape", "same", {23, first, 128, 128, 127, 128, 127, 127, 128, 127, second, 128, 128, 127, 128, 127,
+                               127, 128, 127});
+    write("shape", "eights", {0, first, 0, 0, 15, 15, 15, 0, 0, 15, second, 0, 5, 20, 5, 0, 9, 10, 250});
+}
+
 // The first byte chooses what the target does with the rest.
 void write_compressed_blocks()
 {
@@ -138,5 +150,6 @@ int main(int argc, char** argv)
     write_recorded_pictures();
     write_bitmaps();
     write_gif_files();
+    write_shapes();
     write_compressed_blocks();
 }
