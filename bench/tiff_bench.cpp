@@ -199,6 +199,7 @@ int map(thandle_t file, void** base, toff_t* size)
 
 void decode_by_libtiff(const tiff_bytes& file, std::vector<std::uint8_t>& pixels)
 {
+    TIFFSetWarningHandler(nullptr);
     memory_file from{file};
     TIFF* const tiff = TIFFClientOpen(
         "memory", "r", &from, take, [](thandle_t, void*, tmsize_t) { return tmsize_t{0}; }, move,
