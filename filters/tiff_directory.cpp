@@ -241,6 +241,7 @@ private:
         setUWORD(tag_samples_per_pixel, image_.samples_per_pixel);
         if (const DIRECTORYENTRY* const extra = find(tag_extra_samples))
             image_.extra_sample_count = extra->count;
+        setUWORD(tag_extra_samples, image_.first_extra_sample);
         setUWORD(tag_fill_order, image_.fill_order);
         setUWORD(tag_sample_format, image_.sample_format);
     }

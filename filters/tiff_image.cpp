@@ -38,10 +38,12 @@ bool known_compression(const TIFFIMAGE& image)
         || image.compression == tiff_lzw || image.compression == tiff_packbits;
 }
 
-/// False for bits and numbers that the own decoder would show, but wrongly.
+/// False for bits and numbers that the own decoder would show, but wrongly; associated alpha is multiplied into
+/// the colours.
 bool plain_samples(const TIFFIMAGE& image)
 {
     return image.fill_order != tiff_least_significant_first
+        && image.first_extra_sample != tiff_associated_alpha
         && (image.sample_format == tiff_unsigned || image.sample_format == tiff_undefined);
 }
 

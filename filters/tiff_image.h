@@ -34,6 +34,7 @@ enum tiff_predictors : std::uint16_t { tiff_no_predictor = 1, tiff_differences =
 
 enum tiff_fill_order : std::uint16_t { tiff_most_significant_first = 1, tiff_least_significant_first = 2 };
 
+enum tiff_extra_sample : std::uint16_t { tiff_unspecified = 0, tiff_associated_alpha = 1 };
 enum tiff_sample_format : std::uint16_t { tiff_unsigned = 1, tiff_undefined = 4 };
 
 enum tiff_resolution_unit : std::uint16_t { tiff_no_unit = 1, tiff_inch = 2, tiff_centimetre = 3 };
@@ -68,6 +69,7 @@ struct TIFFIMAGE {
     ARRAY bits_per_sample{1};
     std::uint16_t samples_per_pixel = 1;
     std::uint32_t extra_sample_count = 0;
+    std::uint16_t first_extra_sample = tiff_unspecified;
     std::uint16_t fill_order = tiff_most_significant_first;
     std::uint16_t sample_format = tiff_unsigned;
 

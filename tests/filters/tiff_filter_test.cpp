@@ -237,6 +237,7 @@ TEST(TiffFilter, RefusesOrHandsOnWhatItDoesNotRead)
         {"predictor without LZW", with(grey, 317, {2}), oFILTER_FAILED},
         {"floating-point predictor", with(grey, 317, {3}), oFILTER_FAILED},
         {"missing extra samples", picture(2, {8, 8, 8, 8}), oFILTER_FAILED},
+        {"colours multiplied by alpha", with(picture(2, {8, 8, 8, 8}, 1), 338, {1}), oFILTER_FAILED},
         {"16 bits", with(grey, 258, {16}), oFILTER_FAILED},
         {"no bits", with(grey, 258, {0}), oFILTER_FAILED},
         {"RGB of 4 bits", picture(2, {1, 2, 1}), oFILTER_FAILED},
