@@ -384,6 +384,9 @@ bool resample_smooth(const pixel_rows& source, const mutable_pixel_rows& target)
 {
     if (!fits(source, target))
         return false;
+    if (source.width % target.width == 0 && source.height % target.height == 0
+        && reduce_box(source, target, source.width / target.width, source.height / target.height))
+        return true;
     const std::size_t target_bytes
         = static_cast<std::size_t>(target.width) * static_cast<std::size_t>(target.channels);
     constexpr std::size_t one_pixel_more = 4;
