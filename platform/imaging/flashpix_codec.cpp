@@ -93,16 +93,19 @@ std::optional<level> read_level(const compound_stream& header)
 /// The picture of an open file.
 class picture {
 public:
-    [[nodiscard]] bool open(image_io& in)
+    /// \return imaging_library_missing without the library that opens compound files
+    [[nodiscard]] imaging_result open(image_io& in)
     {
+        if (!compound_storage::available())
+            return imaging_library_missing;
         auto root = compound_storage::root_of(in);
         if (!root)
-            return false;
+            return imaging_bad_data;
         auto inner = root->storage("Data Object Store 000001");
         store_ = std::move(inner ? inner : root);
         const auto contents = store_->stream("\005Image Contents");
         if (!contents || !contents->read(0, std::min(contents->size(), most_contents_bytes), contents_))
-            return false;
+            return imaging_bad_data;
         for (std::size_t i = 0; i < most_resolutions; ++i) {
             const auto header = stream_of(i, "Header");
             const auto found = header ? read_level(*header) : std::nullopt;
@@ -110,7 +113,7 @@ public:
                 break;
             levels_.push_back(*found);
         }
-        return !levels_.empty();
+        return levels_.empty() ? imaging_bad_data : imaging_ok;
     }
 
     [[nodiscard]] std::span<const level> levels() const { return levels_; }
@@ -253,8 +256,8 @@ bool recognises(std::span<const std::uint8_t> start)
 imaging_result info(image_io& in, file_info& info)
 {
     picture source;
-    if (!source.open(in))
-        return imaging_bad_data;
+    if (const imaging_result opened = source.open(in); opened != imaging_ok)
+        return opened;
     const std::size_t resolution = source.chosen(info.width, info.height);
     const level& found = source.levels()[resolution];
     info.width = static_cast<std::int32_t>(found.width);
@@ -268,8 +271,8 @@ imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
 {
     picture source;
-    if (!source.open(in))
-        return imaging_bad_data;
+    if (const imaging_result opened = source.open(in); opened != imaging_ok)
+        return opened;
     if (bitmap.bits_per_pixel == 8)
         set_grey_colours(bitmap);
     line_sink sink(info, bitmap, callback, user);
@@ -279,8 +282,8 @@ imaging_result load(
 imaging_result dimensions(image_io& in, std::vector<dimension>& sizes)
 {
     picture source;
-    if (!source.open(in))
-        return imaging_bad_data;
+    if (const imaging_result opened = source.open(in); opened != imaging_ok)
+        return opened;
     for (const level& each : source.levels())
         sizes.push_back({static_cast<std::int32_t>(each.width), static_cast<std::int32_t>(each.height)});
     return imaging_ok;
