@@ -108,7 +108,10 @@ TEST(EpsFilter, YieldsTextAndPreviewOfABinaryFile)
         (std::vector<std::vector<int>>{{0x010101, 0x020202}, {0x030303, 0xFAFAFA}}));
 }
 
-TEST(EpsFilter, ChecksTheBinaryHeader)
+/// What is no preview to the own decoder goes to the imaging module, whose answer stands.
+using EpsFilterWithTheImagingModule = test::imaging_test;
+
+TEST_F(EpsFilterWithTheImagingModule, ChecksTheBinaryHeader)
 {
     const struct {
         const char* what;
@@ -120,7 +123,7 @@ TEST(EpsFilter, ChecksTheBinaryHeader)
         {"no preview", {.tiff = {}}, oFILTER_RECOGNISED, oFILTER_OK, oFILTER_FAILED},
         {"preview past the end", {.promised_tiff = 1}, oFILTER_RECOGNISED, oFILTER_OK, oFILTER_FAILED},
         {"preview of 4 GiB", {.promised_tiff = 0xFFFF0000}, oFILTER_RECOGNISED, oFILTER_OK, oFILTER_FAILED},
-        {"preview that is none", {.tiff = {1, 2, 3}}, oFILTER_RECOGNISED, oFILTER_OK, oFILTER_FAILED},
+        {"preview that is none", {.tiff = {1, 2, 3}}, oFILTER_RECOGNISED, oFILTER_OK, oFILTER_UNSUPPORTED},
         {"text that is none", {.postscript = "%!PS\n"}, oFILTER_RECOGNISED, oFILTER_FAILED, oFILTER_OK},
     };
     for (const auto& c : cases) {
