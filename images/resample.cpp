@@ -109,6 +109,24 @@ void reduce_rows(const pixel_rows& source, const mutable_pixel_rows& target, std
     }
 }
 
+void copy_without_fourth_channel(const std::uint8_t* from, std::uint8_t* to, std::int32_t pixels)
+{
+    for (std::int32_t x = 0; x < pixels; ++x, from += 4, to += 3)
+        std::memcpy(to, from, 3);
+}
+
+/// What factors of 1 leave to do.
+void copy_pixels(const pixel_rows& source, const mutable_pixel_rows& target)
+{
+    const auto bytes = static_cast<std::size_t>(source.width) * static_cast<std::size_t>(source.channels);
+    for (std::int32_t y = 0; y < target.height; ++y) {
+        if (source.channels == target.channels)
+            std::memcpy(target.row(y), source.row(y), bytes);
+        else
+            copy_without_fourth_channel(source.row(y), target.row(y), target.width);
+    }
+}
+
 // ---- Any size
 // ----------------------------------------------------------------------------------------------
 
@@ -356,6 +374,10 @@ bool reduce_box(const pixel_rows& source, const mutable_pixel_rows& target, std:
         || source.width % factor_x != 0 || source.height / factor_y != target.height
         || source.height % factor_y != 0)
         return false;
+    if (factor_x == 1 && factor_y == 1) {
+        copy_pixels(source, target);
+        return true;
+    }
     const std::size_t bytes
         = static_cast<std::size_t>(source.width) * static_cast<std::size_t>(source.channels);
     vBUFFER<std::uint16_t> sums;

@@ -59,7 +59,7 @@ TEST(Resample, BoxesAreRoundedMeans)
     const struct {
         int factor_x, factor_y, from, to;
     } cases[] = {{4, 4, 4, 3}, {4, 4, 4, 4}, {2, 2, 3, 3}, {3, 5, 1, 1}, {16, 16, 3, 3}, {15, 16, 4, 3},
-        {1, 7, 2, 2}, {1, 1, 4, 3}};
+        {1, 7, 2, 2}, {1, 1, 4, 3}, {1, 1, 3, 3}};
     for (const auto& c : cases) {
         const pixels from = noise(7 * c.factor_x, 5 * c.factor_y, c.from, 3);
         pixels to(7, 5, c.to);
