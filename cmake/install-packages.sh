@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config
     libfreetype-dev libfontconfig-dev libpixman-1-dev libcli11-dev libgtest-dev
-    libpng-dev libjpeg62-turbo-dev libtiff-dev libgsf-1-114 libgraphicsmagick-q16-3
+    libpng-dev libjpeg62-turbo-dev libtiff-dev libgraphicsmagick-q16-3
     fontconfig fonts-liberation fonts-urw-base35 fonts-dejavu-core)
 [ "${1:-}" = sanitize ] || [ "${1:-}" = fuzz ] && packages+=(clang libclang-rt-14-dev llvm)
 [ "${1:-}" = bench ] && packages+=(libbenchmark-dev libgif-dev libpolyclipping-dev libboost-dev libgeos-dev)

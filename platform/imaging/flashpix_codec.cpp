@@ -93,19 +93,14 @@ std::optional<level> read_level(const compound_stream& header)
 /// The picture of an open file.
 class picture {
 public:
-    /// \return imaging_library_missing without the library that opens compound files
-    [[nodiscard]] imaging_result open(image_io& in)
+    [[nodiscard]] bool open(image_io& in)
     {
-        if (!compound_storage::available())
-            return imaging_library_missing;
-        auto root = compound_storage::root_of(in);
-        if (!root)
-            return imaging_bad_data;
-        auto inner = root->storage("Data Object Store 000001");
-        store_ = std::move(inner ? inner : root);
-        const auto contents = store_->stream("\005Image Contents");
+        if (!file_.open(in))
+            return false;
+        store_ = file_.find_storage(file_.root(), "Data Object Store 000001").value_or(file_.root());
+        const auto contents = file_.find_stream(store_, "\005Image Contents");
         if (!contents || !contents->read(0, std::min(contents->size(), most_contents_bytes), contents_))
-            return imaging_bad_data;
+            return false;
         for (std::size_t i = 0; i < most_resolutions; ++i) {
             const auto header = stream_of(i, "Header");
             const auto found = header ? read_level(*header) : std::nullopt;
@@ -113,7 +108,7 @@ public:
                 break;
             levels_.push_back(*found);
         }
-        return levels_.empty() ? imaging_bad_data : imaging_ok;
+        return !levels_.empty();
     }
 
     [[nodiscard]] std::span<const level> levels() const { return levels_; }
@@ -122,9 +117,9 @@ public:
     {
         std::array<char, 32> name{};
         std::snprintf(name.data(), name.size(), "Resolution %04zu", resolution);
-        const auto storage = store_->storage(name.data());
+        const auto storage = file_.find_storage(store_, name.data());
         std::snprintf(name.data(), name.size(), "Subimage 0000 %s", part);
-        return storage ? storage->stream(name.data()) : std::nullopt;
+        return storage ? file_.find_stream(*storage, name.data()) : std::nullopt;
     }
     /// The smallest resolution that is not smaller than wanted, else the largest.
     [[nodiscard]] std::size_t chosen(std::int32_t width, std::int32_t height) const
@@ -138,7 +133,8 @@ public:
     }
 
 private:
-    std::optional<compound_storage> store_;
+    compound_file file_;
+    compound_file::storage store_{};
     std::vector<std::uint8_t> contents_;
     std::vector<level> levels_; ///< smallest first
 };
@@ -256,8 +252,8 @@ bool recognises(std::span<const std::uint8_t> start)
 imaging_result info(image_io& in, file_info& info)
 {
     picture source;
-    if (const imaging_result opened = source.open(in); opened != imaging_ok)
-        return opened;
+    if (!source.open(in))
+        return imaging_bad_data;
     const std::size_t resolution = source.chosen(info.width, info.height);
     const level& found = source.levels()[resolution];
     info.width = static_cast<std::int32_t>(found.width);
@@ -271,8 +267,8 @@ imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
 {
     picture source;
-    if (const imaging_result opened = source.open(in); opened != imaging_ok)
-        return opened;
+    if (!source.open(in))
+        return imaging_bad_data;
     if (bitmap.bits_per_pixel == 8)
         set_grey_colours(bitmap);
     line_sink sink(info, bitmap, callback, user);
@@ -282,8 +278,8 @@ imaging_result load(
 imaging_result dimensions(image_io& in, std::vector<dimension>& sizes)
 {
     picture source;
-    if (const imaging_result opened = source.open(in); opened != imaging_ok)
-        return opened;
+    if (!source.open(in))
+        return imaging_bad_data;
     for (const level& each : source.levels())
         sizes.push_back({static_cast<std::int32_t>(each.width), static_cast<std::int32_t>(each.height)});
     return imaging_ok;

@@ -10,6 +10,9 @@ namespace {
 constexpr std::uint64_t stream_header_bytes = 28;
 /// The tables of number n are property 03nn0001 of the image contents.
 constexpr std::uint32_t tables_property = 0x03000001;
+/// What a tile in JPEG may take beside twice its pixels. Any number of tiles may say that they are the whole
+/// stream.
+constexpr std::size_t spare_jpeg_bytes = 1 << 14;
 
 } // namespace
 
@@ -52,8 +55,9 @@ std::span<const std::uint8_t> tile_decoder::decode(const tile_descriptor& tile)
 
 bool tile_decoder::decode_jpeg(const tile_descriptor& tile)
 {
+    const std::size_t size = std::min<std::size_t>(tile.size, 2 * pixels_.size() + spare_jpeg_bytes);
     if (!created_ || !load_tables(tile.subtype >> 24)
-        || !data_.read(stream_header_bytes + tile.offset, tile.size, stored_) || stored_.empty())
+        || !data_.read(stream_header_bytes + tile.offset, size, stored_) || stored_.empty())
         return false;
     turns_colours_ = (tile.subtype >> 16 & 0xFF) != 0;
     const bool read = errors_.guarded(read_image, *this);

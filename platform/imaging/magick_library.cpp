@@ -3,6 +3,8 @@
 #include <array>
 #include <memory>
 
+#include <dlfcn.h>
+
 namespace klv::imaging {
 
 namespace {
@@ -73,12 +75,21 @@ private:
     wand wand_;
 };
 
+template <class Function> bool magick_library::find(void* module, const char* name, Function& function)
+{
+    function = reinterpret_cast<Function>(dlsym(module, name));
+    return function != nullptr;
+}
+
 bool magick_library::load()
 {
-    runtime_library library;
-    if (!library.load(library_names))
+    void* module = nullptr;
+    for (const char* const name : library_names)
+        if (!module)
+            module = dlopen(name, RTLD_NOW | RTLD_LOCAL);
+    if (!module)
         return false;
-#define KLV_FIND(NAME) library.find(#NAME, call_.NAME)
+#define KLV_FIND(NAME) find(module, #NAME, call_.NAME)
     const bool complete = KLV_FIND(InitializeMagickEx) && KLV_FIND(MagickSetResourceLimit)
         && KLV_FIND(NewMagickWand) && KLV_FIND(DestroyMagickWand) && KLV_FIND(MagickSetFormat)
         && KLV_FIND(MagickSetSize) && KLV_FIND(MagickReadImageBlob) && KLV_FIND(MagickSetImageIndex)

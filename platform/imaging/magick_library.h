@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/imaging/codec.h"
-#include "platform/imaging/runtime_library.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,8 +9,9 @@
 
 namespace klv::imaging {
 
-/// GraphicsMagick, looked for by name when a file needs it. Pictures travel as Windows bitmap files in
-/// memory, which keep palettes, indices and resolution as they are.
+/// GraphicsMagick, looked for by name when a file needs it. The module does not link it: without it the
+/// formats that it serves are missing and all others work. Pictures travel as Windows bitmap files in memory,
+/// which keep palettes, indices and resolution as they are.
 class magick_library {
 public:
     /// The library, loaded and started on the first call; null when it is not installed.
@@ -46,6 +46,7 @@ private:
 
     [[nodiscard]] bool load();
     void limit_pixels(dimension size) const;
+    template <class Function> [[nodiscard]] bool find(void* module, const char* name, Function& function);
     [[nodiscard]] imaging_result convert(const char* from, std::span<const std::uint8_t> in, dimension size,
         const char* to, int compression, std::vector<std::uint8_t>& out) const;
 

@@ -16,8 +16,8 @@ std::string reason_of(oFILTER_STATUS status)
         return "the imaging module is missing: libklv_imaging.so belongs beside klv; build its target "
                "klv_imaging or run ./run";
     case missing_library::format_library:
-        return "the library that serves this format is not installed: apt-get install "
-               "libgraphicsmagick-q16-3 libgsf-1-114";
+        return "the imaging module needs GraphicsMagick for this format: apt-get install "
+               "libgraphicsmagick-q16-3";
     case missing_library::none:
         break;
     }
