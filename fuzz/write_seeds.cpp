@@ -1,5 +1,5 @@
-// write_seeds DIRECTORY: makes DIRECTORY/wmf, /metafile, /dib, /gif, /shape and /explode, small valid inputs from which the
-// fuzz targets of these names start.
+// write_seeds DIRECTORY: makes DIRECTORY/wmf, /metafile, /dib, /gif, /tiff, /imaging, /shape and /explode,
+// small valid inputs from which the fuzz targets of these names start.
 
 #include <cstdint>
 #include <cstdio>
@@ -9,15 +9,26 @@
 #include <string>
 #include <vector>
 
+#include "filters/bmp_filter.h"
 #include "filters/gif_filter.h"
+#include "filters/jpeg_filter.h"
+#include "filters/pcx_filter.h"
+#include "filters/photoshop_filter.h"
+#include "filters/png_filter.h"
+#include "filters/targa_filter.h"
+#include "filters/tiff_filter.h"
 #include "filters/wmf_filter.h"
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
+#include "platform/imaging/imaging_api.h"
+#include "platform/module_table.h"
 #include "streams/implode.h"
 #include "streams/memory_stream.h"
 #include "tests/filters/gif_builder.h"
+#include "tests/filters/tiff_builder.h"
 #include "tests/filters/wmf_drawing.h"
 #include "tests/metafiles/all_records.h"
+#include "tests/platform/flashpix_builder.h"
 
 namespace {
 
@@ -86,13 +97,19 @@ void write_bitmaps()
     }
 }
 
+oMEMDIB patterned_bitmap(int width, int height, int bits)
+{
+    oMEMDIB bitmap(width, height, bits, model_of_bits(static_cast<unsigned>(bits)), 0);
+    for (int y = 0; y < bitmap.Height(); ++y)
+        for (std::size_t x = 0; x < bitmap.line(y).size(); ++x)
+            bitmap.line(y)[x] = static_cast<std::uint8_t>(x / 5 * static_cast<std::size_t>(y) % 23);
+    return bitmap;
+}
+
 void write_gif_files()
 {
     for (const int bits : {1, 4, 8}) {
-        oMEMDIB bitmap(60, 50, bits, model_of_bits(static_cast<unsigned>(bits)), 0);
-        for (int y = 0; y < bitmap.Height(); ++y)
-            for (std::size_t x = 0; x < bitmap.line(y).size(); ++x)
-                bitmap.line(y)[x] = static_cast<std::uint8_t>(x / 5 * static_cast<std::size_t>(y) % 23);
+        oMEMDIB bitmap = patterned_bitmap(60, 50, bits);
         vMEMSTREAM file;
         GIFFILTER().PrivateConvert(bitmap, file);
         write("gif", std::to_string(bits) + "-bit", contents_of(file));
@@ -109,15 +126,73 @@ void write_gif_files()
             .end());
 }
 
-// A byte that scales, then contours of signed bytes: an even number chooses the first shape, odd the second, and
-// half of it is the number of points.
+void write_tiff_files()
+{
+    const std::vector<test::tiff_file::row> rows{{0, 1, 1, 0, 1, 0}, {1, 1, 1, 1, 1, 1}, {0, 0, 1, 0, 0, 1}};
+    const struct {
+        const char* name;
+        test::tiff_file file;
+    } seeds[] = {
+        {"plain", {.rows = rows}},
+        {"bits", {.big_endian = true, .bits = {1}, .rows = rows, .rows_per_strip = 2}},
+        {"huffman", {.photometric = 0, .bits = {1}, .rows = rows, .compression = 2}},
+        {"packed", {.photometric = 2, .bits = {8, 8, 8}, .rows = rows, .compression = 32773}},
+        {"lzw", {.photometric = 2, .bits = {8, 8, 8}, .rows = rows, .compression = 5, .predictor = 2}},
+        {"planes", {.photometric = 2, .bits = {8, 8, 8}, .rows = rows, .compression = 5, .planar = 2}},
+        {"palette", {.photometric = 3, .bits = {1}, .rows = rows, .colour_map = {0, 65535, 7, 8, 9, 900}}},
+    };
+    for (const auto& seed : seeds)
+        write("tiff", seed.name, seed.file.bytes());
+}
+
+template <class Filter> bytes written(Filter filter, int bits)
+{
+    oMEMDIB bitmap = patterned_bitmap(20, 17, bits);
+    vMEMSTREAM file;
+    filter.Convert(bitmap, file);
+    return contents_of(file);
+}
+
+bytes flashpix_file()
+{
+    using namespace test::flashpix;
+    const bytes pixels(std::size_t{3} * tile_side * tile_side, 77);
+    compound_builder file({.small_streams = true});
+    file.stream("\005Image Contents", 0, contents(0x00030000));
+    add_level(
+        file, 0, 40, 3, 3, {{0, 0, pixels}, {1, 0x00332211, {}}, {2, 0x00010000, written(JPEGFILTER(), 24)}});
+    return file.bytes();
+}
+
+void write_files_of_the_imaging_module()
+{
+    MapModule(imaging::kernel_module_name, KLV_BUILD_DIR "/libklv_imaging.so");
+    MapModule(imaging::file_module_name, KLV_BUILD_DIR "/libklv_imaging.so");
+    for (const int bits : {1, 4, 8, 24}) {
+        const auto write_one = [&](const std::string& format, const auto& filter) {
+            if (filter.ExportColourDepths(bits))
+                write("imaging", std::to_string(bits) + "-bit." + format, written(filter, bits));
+        };
+        write_one("bmp", DIBFILTER());
+        write_one("jpg", JPEGFILTER());
+        write_one("pcx", PCXFILTER());
+        write_one("png", PNGFILTER());
+        write_one("psd", PSDFILTER());
+        write_one("tga", TGAFILTER());
+        write_one("tif", TIFFILTER());
+    }
+    write("imaging", "tiles.fpx", flashpix_file());
+}
+
+// A byte that scales, then contours of signed bytes: an even number chooses the first shape, odd the second,
+// and half of it is the number of points.
 void write_shapes()
 {
     constexpr std::uint8_t first = 8, second = 9; // with four points each
     write("shape", "crossing", {0, first, 0, 0, 10, 0, 10, 10, 0, 10, second, 5, 5, 15, 5, 15, 15, 5, 15});
     write("shape", "touching", {9, first, 0, 0, 10, 0, 10, 10, 0, 10, second, 10, 0, 20, 0, 20, 10, 10, 10});
-    write("shape", "same", {23, first, 128, 128, 127, 128, 127, 127, 128, 127, second, 128, 128, 127, 128, 127,
-                               127, 128, 127});
+    write("shape", "same",
+        {23, first, 128, 128, 127, 128, 127, 127, 128, 127, second, 128, 128, 127, 128, 127, 127, 128, 127});
     write("shape", "eights", {0, first, 0, 0, 15, 15, 15, 0, 0, 15, second, 0, 5, 20, 5, 0, 9, 10, 250});
 }
 
@@ -150,6 +225,8 @@ int main(int argc, char** argv)
     write_recorded_pictures();
     write_bitmaps();
     write_gif_files();
+    write_tiff_files();
+    write_files_of_the_imaging_module();
     write_shapes();
     write_compressed_blocks();
 }
