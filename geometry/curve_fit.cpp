@@ -85,6 +85,7 @@ private:
     const fit_tolerance& tolerance_;
     std::vector<vBEZPOINT, vALLOCATOR<vBEZPOINT>>& out_;
     std::vector<double, vALLOCATOR<double>> parameters_; // of the points of the run being fitted
+    double length_ = 0; // of its chords
     std::size_t run_first_ = 0;
     std::size_t run_last_ = 0;
     std::size_t end_ = 0; // the last on-curve point in out_
@@ -175,11 +176,11 @@ bool fitter::share_out_parameters(std::size_t first, std::size_t last)
     t.assign(1, 0.0);
     for (std::size_t i = first + 1; i <= last; ++i)
         t.push_back(t.back() + (to_vec(points_[i]) - to_vec(points_[i - 1])).length());
-    const double whole = t.back();
-    if (!(whole > 0))
+    length_ = t.back();
+    if (!(length_ > 0))
         return false;
     for (auto& parameter : t)
-        parameter /= whole;
+        parameter /= length_;
     return true;
 }
 
@@ -204,10 +205,15 @@ cubic fitter::least_squares(std::size_t first, std::size_t last) const
     const double det = c00 * c11 - c01 * c01;
     const double chord = (end - start).length();
     const double least = 1e-6 * chord;
-    double reach0 = det != 0 ? (x0 * c11 - x1 * c01) / det : 0;
-    double reach1 = det != 0 ? (c00 * x1 - c01 * x0) / det : 0;
-    // Too short or backward: the usual third of the chord.
-    if (!(reach0 > least) || !(reach1 > least))
+    const auto usable = [&](double at_start, double at_end) {
+        return at_start > least && at_end > least && at_start + at_end <= length_;
+    };
+    double reach0 = (x0 * c11 - x1 * c01) / det;
+    double reach1 = (c00 * x1 - c01 * x0) / det;
+    // Too short, backward or so long that the curve folds: the same for both ends, or the usual third.
+    if (!usable(reach0, reach1))
+        reach0 = reach1 = (x0 + x1) / (c00 + 2 * c01 + c11);
+    if (!usable(reach0, reach1))
         reach0 = reach1 = chord / 3;
     return {start, start + out * reach0, end + in * reach1, end};
 }

@@ -62,34 +62,55 @@ TEST(Smooth, KeepsCornersAndLeavesShortShapesAlone)
 
 namespace {
 
-// The greatest and the mean of the squared distances of the points from the shape's curves, sampled.
+struct location {
+    double x;
+    double y;
+};
+
+// Places all along the shape's lines and curves.
+std::vector<location> samples(const vSHAPE& shape)
+{
+    constexpr int steps = 200;
+    std::vector<location> all;
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < shape.NoPoint(); ++i) {
+        if (shape[i].First())
+            first = i;
+        if (shape[i].Control() || !(shape[i].LineTo() || shape[i].CurveTo()))
+            continue;
+        const bool curve = shape[i].CurveTo() != 0;
+        const std::size_t end = shape[i].Last() ? first : i + (curve ? 3 : 1);
+        for (int k = 0; k <= steps; ++k) {
+            const double t = static_cast<double>(k) / steps, u = 1 - t;
+            const auto at = [&](auto part) {
+                return curve ? u * u * u * part(shape[i]) + 3 * t * u * u * part(shape[i + 1])
+                        + 3 * t * t * u * part(shape[i + 2]) + t * t * t * part(shape[end])
+                             : u * part(shape[i]) + t * part(shape[end]);
+            };
+            all.push_back({at([](const vBEZPOINT& q) { return static_cast<double>(q.x); }),
+                at([](const vBEZPOINT& q) { return static_cast<double>(q.y); })});
+        }
+    }
+    return all;
+}
+
+double squared_distance(const location& p, const std::vector<location>& all)
+{
+    double nearest = 1e300;
+    for (const auto& q : all)
+        nearest = std::min(nearest, (p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y));
+    return nearest;
+}
+
+// The greatest and the mean of the squared distances of the points from the shape's curves.
 std::pair<double, double> errors(const std::vector<vPOINT>& points, const vSHAPE& shape)
 {
+    const auto outline = samples(shape);
     double sum = 0, greatest = 0;
     for (const auto& p : points) {
-        double nearest = 1e300;
-        std::size_t first = 0;
-        for (std::size_t i = 0; i < shape.NoPoint(); ++i) {
-            if (shape[i].First())
-                first = i;
-            if (shape[i].Control() || !(shape[i].LineTo() || shape[i].CurveTo()))
-                continue;
-            const bool curve = shape[i].CurveTo() != 0;
-            const std::size_t end = shape[i].Last() ? first : i + (curve ? 3 : 1);
-            for (int k = 0; k <= 200; ++k) {
-                const double t = k / 200.0, u = 1 - t;
-                const auto at = [&](auto part) {
-                    return curve ? u * u * u * part(shape[i]) + 3 * t * u * u * part(shape[i + 1])
-                            + 3 * t * t * u * part(shape[i + 2]) + t * t * t * part(shape[end])
-                                 : u * part(shape[i]) + t * part(shape[end]);
-                };
-                const double dx = at([](const vBEZPOINT& q) { return q.x; }) - p.x;
-                const double dy = at([](const vBEZPOINT& q) { return q.y; }) - p.y;
-                nearest = std::min(nearest, dx * dx + dy * dy);
-            }
-        }
-        sum += nearest;
-        greatest = std::max(greatest, nearest);
+        const double square = squared_distance({static_cast<double>(p.x), static_cast<double>(p.y)}, outline);
+        sum += square;
+        greatest = std::max(greatest, square);
     }
     return {greatest, sum / static_cast<double>(points.size())};
 }
@@ -134,6 +155,21 @@ TEST(Smooth, TakesNoMoreCurvesThanTheOutlineNeeds)
     EXPECT_LE(vSHAPE(400, ring.data(), 1, 1, 4, 16).NoPoint(), 3 * 8 + 1);
 }
 
+TEST(Smooth, CurvesStayNearTheOutlineBetweenItsPoints)
+{
+    // Few points to a lobe leave the fit much freedom.
+    for (int turned = 0; turned < 40; ++turned) {
+        std::vector<vPOINT> points;
+        for (int i = 0; i < 24; ++i) {
+            const double a = i * 6.283185307179586 / 24, r = 988 + 312 * std::sin(3 * a + turned * 0.1);
+            points.emplace_back(static_cast<int>(r * std::cos(a)), static_cast<int>(r * std::sin(a)));
+        }
+        const auto outline = samples(vSHAPE(24, points.data()));
+        for (const auto& p : samples(vSHAPE(24, points.data(), 1, 1)))
+            ASSERT_LT(squared_distance(p, outline), 60 * 60) << turned << ": " << p.x << ',' << p.y;
+    }
+}
+
 TEST(Smooth, ContoursAreFittedEachByItself)
 {
     auto points = circle(40);
@@ -151,4 +187,18 @@ TEST(Smooth, ContoursAreFittedEachByItself)
     EXPECT_EQ(still.Smooth(), 1);
     EXPECT_TRUE(still.IsValid());
     EXPECT_EQ(still.BoundBox(), vRECT(5, 5, 5, 5));
+}
+
+TEST(Smooth, CurvesThatDoNotFitLeaveThePolygon)
+{
+    // Every other point is a corner, and each run of two edges a curve of three records.
+    std::vector<vPOINT> zigzag;
+    for (int i = 0; i < static_cast<int>(vSHAPE::max_points); ++i)
+        zigzag.emplace_back(100 * i, 100 * std::abs(i % 4 - 2));
+    vSHAPE shape(vSHAPE::max_points, zigzag.data(), 1);
+    EXPECT_EQ(shape.Smooth(), 0);
+    EXPECT_EQ(text_of(shape), text_of(vSHAPE(vSHAPE::max_points, zigzag.data(), 1, 1)));
+    EXPECT_EQ(shape.NoPoint(), vSHAPE::max_points);
+    EXPECT_EQ(shape[1], vBEZPOINT(zigzag[1], 8));
+    EXPECT_GT(vSHAPE(30000, zigzag.data(), 1, 1).NoPoint(), 44000);
 }
