@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "core/memory.h"
 #include "tests/geometry/shape_text.h"
 
 using namespace klv;
@@ -87,19 +86,11 @@ TEST(AppendAutoCurvePoint, GoesOnFromStraightContours)
     EXPECT_EQ(shape[2].GetFlags(), 16);
 }
 
-TEST(AppendAutoCurvePoint, AFullShapeAndLackOfMemoryAnswerZero)
+TEST(AppendAutoCurvePoint, AFullShapeAnswersZero)
 {
     vSHAPE full;
     std::vector<vPOINT> points(vSHAPE::max_points - 2);
     ASSERT_TRUE(full.assign_polyline(points, 0));
     EXPECT_EQ(full.AppendAutoCurvePoint(vPOINT(5, 5), 0, 1), 0);
     EXPECT_EQ(full.NoPoint(), vSHAPE::max_points - 2);
-
-    vSHAPE shape = polyline({{0, 0}, {100, 0}, {100, 100}}, 0);
-    const auto before = text_of(shape);
-    vMemFailAfter(0, memory_failure::from_then_on);
-    const int done = shape.AppendAutoCurvePoint(vPOINT(0, 100), 1, 1);
-    vMemNeverFail();
-    EXPECT_EQ(done, 0);
-    EXPECT_EQ(text_of(shape), before);
 }

@@ -4,7 +4,6 @@
 #include <limits>
 #include <random>
 
-#include "core/memory.h"
 #include "geometry/offset_corners.h"
 #include "geometry/primitive_shapes.h"
 #include "tests/geometry/shape_text.h"
@@ -332,26 +331,6 @@ TEST(Shrink, LargeResultsAnswerZeroAndLeaveTheShape)
     EXPECT_EQ(shape.NoPoint(), 60000);
 }
 
-TEST(Shrink, AnswersZeroWhenMemoryIsOut)
-{
-    const vSHAPE shape = shape_of({box(0, 0, 1000, 1000), box(300, 300, 600, 600), box(990, 400, 1500, 700)});
-    const vSHAPE whole = shrunk(shape, 50);
-    const std::uint64_t before = vMemAllocations();
-    shrunk(shape, 50);
-    const std::uint64_t allocations = vMemAllocations() - before;
-    for (const auto kind : {memory_failure::once, memory_failure::from_then_on}) {
-        for (std::uint64_t n = 0; n < allocations; ++n) {
-            vSHAPE tried(shape);
-            if (tried.empty())
-                continue;
-            vMemFailAfter(n, kind);
-            const int done = tried.Shrink(50, 0);
-            vMemNeverFail();
-            ASSERT_EQ(text_of(tried), text_of(done != 0 ? whole : shape)) << n;
-        }
-    }
-}
-
 TEST(CutoffSpike, MovesTheTipToTheLengthOfTheShorterEdge)
 {
     struct {
@@ -416,10 +395,4 @@ TEST(Expand, RefusesOtherShapes)
     vSHAPE square = vRECTSHAPE(vRECT(0, 0, 10, 10));
     const unsigned most = std::numeric_limits<unsigned>::max();
     EXPECT_EQ(square.Expand(most, most), 1) << "limited to the coordinates there are";
-    vSHAPE tried = vRECTSHAPE(vRECT(0, 0, 10, 10));
-    vMemFailAfter(0, memory_failure::from_then_on);
-    const int done = tried.Expand(5, 5);
-    vMemNeverFail();
-    EXPECT_EQ(done, 0);
-    EXPECT_EQ(tried.BoundBox(), vRECT(0, 0, 10, 10));
 }
