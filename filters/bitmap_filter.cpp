@@ -258,19 +258,31 @@ oFILTER_STATUS load_image(const BMINTERFACE& module, const char* name, bool phot
 
 // ---- Writing
 
+/// How often a format's writer asks for each line: Photoshop files hold one channel after the other.
+std::uint32_t passes_over_lines(std::uint16_t format, int depth)
+{
+    constexpr std::uint32_t channels = 3;
+    return format == imaging::format_photoshop && depth > 8 ? channels : 1;
+}
+
+struct written_lines {
+    std::uint32_t passes; ///< over the bitmap
+    std::uint32_t count = 0; ///< in all of them
+};
+
 std::int32_t save_lines(
     const bitmap_handle&, std::uint8_t* band, std::int32_t row, std::int32_t lines, void* counter)
 {
-    auto& written = *static_cast<std::uint32_t*>(counter);
+    auto& written = *static_cast<written_lines*>(counter);
     if (conversion.progress) {
         if (conversion.progress->Stop())
             return 0;
-        conversion.progress->oSet(written);
+        conversion.progress->oSet(written.count / written.passes);
     }
     oCOLOUR_MODEL model = oMODEL_RGB24;
     if (!conversion.bitmap->GetImageLines(row, lines, band, &model))
         return 0;
-    written += static_cast<std::uint32_t>(lines);
+    written.count += static_cast<std::uint32_t>(lines);
     return 1;
 }
 
@@ -294,7 +306,7 @@ bool save_image(const BMINTERFACE& module, oDIB& in, std::uint16_t format)
     const auto colours = in.colours();
     if (!colours.empty() && colours.size() <= 256)
         module.PutBitmapColors(&handle, 0, static_cast<std::uint32_t>(colours.size()), colours.data());
-    std::uint32_t counter = 0;
+    written_lines counter{passes_over_lines(format, header.ColourDepth())};
     const bool saved = succeeded(module.SaveFile(imaging::redirected_name, &handle, format,
         header.ColourDepth(), imaging::best_quality, imaging::save_flags_default, save_lines, &counter));
     module.FreeBitmap(&handle);

@@ -80,8 +80,8 @@ const std::uint8_t* line_source::stored_line(std::int32_t index, bool descending
 {
     if (index < first_ || index >= first_ + count_) {
         // The band reaches from this line on in the direction of the reading.
-        first_ = descending ? std::max(index - band_lines_ + 1, 0) : index;
-        count_ = std::min(band_lines_, bitmap_.height - first_);
+        count_ = std::min(band_lines_, descending ? index + 1 : bitmap_.height - index);
+        first_ = descending ? index + 1 - count_ : index;
         if (!callback_(bitmap_, band_.data(), first_, count_, user_)) {
             count_ = 0;
             return nullptr;

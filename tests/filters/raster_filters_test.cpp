@@ -205,6 +205,43 @@ TEST_F(RasterFilters, StopReadingWhenTheProgressSaysSo)
     }
 }
 
+/// Keeps what it is told.
+class noting : public oPROGRESSBM {
+public:
+    void oSet(std::uint32_t value) override { values.push_back(value); }
+    std::vector<std::uint32_t> values;
+};
+
+void expect_steady(const noting& progress)
+{
+    const std::uint32_t full_scale = progress.FullScale();
+    EXPECT_TRUE(std::ranges::is_sorted(progress.values)) << ::testing::PrintToString(progress.values);
+    ASSERT_FALSE(progress.values.empty());
+    EXPECT_GT(progress.values.back(), full_scale / 2);
+    EXPECT_LE(progress.values.back(), full_scale);
+}
+
+TEST_F(RasterFilters, ProgressNeverGoesBackNorPastTheFullScale)
+{
+    for (const raster_format& format : raster_formats()) {
+        if (format.depths.empty())
+            continue;
+        SCOPED_TRACE(format.id);
+        oMEMDIB dib = sample(1500, 300, format.depths.back());
+        vMEMSTREAM file(name_for(format));
+        noting writing, reading;
+        const auto filter = format.filter();
+        filter->SetProgressInd(&writing);
+        ASSERT_EQ(filter->Convert(dib, file), oFILTER_OK);
+        expect_steady(writing);
+        file.MoveFromStart(0);
+        oMEMDIB back;
+        filter->SetProgressInd(&reading);
+        ASSERT_EQ(filter->Convert(file, back), oFILTER_OK);
+        expect_steady(reading);
+    }
+}
+
 TEST_F(RasterFilters, KeepTheResolutionWhereTheFormatHasOne)
 {
     for (const char* id : {"BMP", "JPG", "PCX", "PNG", "TIF", "PSD"}) {
