@@ -80,6 +80,19 @@ void fill_rounded_box(
     out.flush();
 }
 
+namespace {
+
+/// Adds what of a span lies between the sides of a box.
+void add_visible(span_batch& out, const box& visible, std::int32_t y, std::int32_t x0, std::int32_t x1)
+{
+    x0 = std::max(x0, visible.x1);
+    x1 = std::min(x1, visible.x2);
+    if (x0 < x1)
+        out.add(y, x0, x1);
+}
+
+} // namespace
+
 void fill_ellipse_ring(const box& outer, const box& inner, const box& clip, span_sink& sink)
 {
     const box visible = intersection(outer, clip);
@@ -89,10 +102,7 @@ void fill_ellipse_ring(const box& outer, const box& inner, const box& clip, span
     const rounded_rows inner_rows(inner, INT32_MAX, INT32_MAX);
     span_batch out(sink);
     const auto add = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) {
-        x0 = std::max(x0, visible.x1);
-        x1 = std::min(x1, visible.x2);
-        if (x0 < x1)
-            out.add(y, x0, x1);
+        add_visible(out, visible, y, x0, x1);
     };
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
         const std::int32_t cut = outer_rows.inset(y);
@@ -119,10 +129,7 @@ void outline_rounded_box(
     const rounded_rows rows(area, width, height);
     span_batch out(sink);
     const auto add = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) {
-        x0 = std::max(x0, visible.x1);
-        x1 = std::min(x1, visible.x2);
-        if (x0 < x1)
-            out.add(y, x0, x1);
+        add_visible(out, visible, y, x0, x1);
     };
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
         const std::int32_t left = area.x1 + rows.inset(y);

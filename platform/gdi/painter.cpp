@@ -135,14 +135,46 @@ template <class Put> void for_tile(const op_tile& tile, const span& p, Put put)
     }
 }
 
+/// The operations of some pixels of a tile's row, from a column on, in a form that is applied to many at once.
+template <class Pixel> struct tile_piece {
+    static constexpr std::int32_t most_pixels = 128;
+
+    std::array<Pixel, most_pixels> keep;
+    std::array<Pixel, most_pixels> flip;
+
+    void gather(const pixel_op* ops, std::int32_t width, std::int32_t column, std::int32_t count)
+    {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            keep[i] = static_cast<Pixel>(ops[column].and_bits & static_cast<Pixel>(~Pixel{0}));
+            flip[i] = static_cast<Pixel>(ops[column].xor_bits & static_cast<Pixel>(~Pixel{0}));
+            if (++column == width)
+                column = 0;
+        }
+    }
+    void apply(Pixel* __restrict to, std::int32_t count) const
+    {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
+            to[i] = static_cast<Pixel>((to[i] & keep[i]) ^ flip[i]);
+    }
+};
+
 template <class Pixel> void tile_wide(const surface& s, const op_tile& tile, std::span<const span> spans)
 {
+    using piece_type = tile_piece<Pixel>;
+    piece_type piece;
+    // A piece of whole tiles serves for the rest of the row.
+    const bool repeats = tile.width <= piece_type::most_pixels;
+    const std::int32_t longest
+        = repeats ? piece_type::most_pixels / tile.width * tile.width : piece_type::most_pixels;
     for (const span& p : spans) {
-        auto* const row = reinterpret_cast<Pixel*>(s.row(p.y));
-        for_tile(tile, p, [row](std::int32_t x, pixel_op op) {
-            row[x]
-                = static_cast<Pixel>(((row[x] & op.and_bits) ^ op.xor_bits) & static_cast<Pixel>(~Pixel{0}));
-        });
+        Pixel* const to = pixels_of<Pixel>(s, p);
+        const std::int32_t whole = p.x1 - p.x0;
+        for (std::int32_t done = 0; done < whole; done += longest) {
+            const std::int32_t count = std::min(longest, whole - done);
+            if (done == 0 || !repeats)
+                piece.gather(tile.row(p.y), tile.width, tile.column(p.x0 + done), count);
+            piece.apply(to + done, count);
+        }
     }
 }
 
