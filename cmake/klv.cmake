@@ -19,7 +19,8 @@ if(KLV_SANITIZE)
     target_compile_options(klv_options INTERFACE -fsanitize=${KLV_SANITIZE} -fno-omit-frame-pointer
         -fno-sanitize-recover=all)
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-        target_compile_options(klv_options INTERFACE -fno-sanitize=unsigned-integer-overflow,unsigned-shift-base)
+        target_compile_options(klv_options INTERFACE -fno-sanitize=unsigned-integer-overflow,unsigned-shift-base
+            -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitize-ignore.txt)
     endif()
     target_link_options(klv_options INTERFACE -fsanitize=${KLV_SANITIZE})
 endif()
