@@ -2,6 +2,7 @@
 
 #include "platform/gdi/brush_painter.h"
 #include "platform/gdi/gdi.h"
+#include "platform/gdi/paint_meter.h"
 #include "platform/gdi/pixel_converter.h"
 #include "platform/gdi/pixel_rows.h"
 
@@ -109,6 +110,9 @@ public:
             return fetch_joined(y);
         const auto row = sized(shared().row, width());
         const auto source_y = static_cast<std::int32_t>(job_.y.nearest(y));
+        if (fetched_row_ == source_y)
+            return row;
+        fetched_row_ = source_y;
         if (direct()) {
             load_pixels(source_, first_column_, source_y, row);
         } else {
@@ -243,6 +247,7 @@ private:
     bool joins_;
     std::int32_t first_column_ = 0;
     std::int32_t end_column_ = 0;
+    std::int32_t fetched_row_ = -1; ///< which the row buffer still holds
 };
 
 // ---- Rows into the destination -------------------------------------------------------------------------
@@ -267,6 +272,8 @@ public:
 
     void draw(std::span<const span> spans) override
     {
+        constexpr unsigned cost = 8;
+        paint_meter::count(spans, cost);
         for (const span& s : spans) {
             const auto size = static_cast<std::size_t>(s.x1 - s.x0);
             const auto source = row_.subspan(static_cast<std::size_t>(s.x0 - left_), size);

@@ -16,6 +16,8 @@ bool same_format(const surface& a, const surface& b)
         || (a.table->count == b.table->count && a.table->entries == b.table->entries);
 }
 
+bool is_plain_rgb(const surface& s) { return s.bits == 24 || (s.bits == 32 && s.masks == masks_888); }
+
 } // namespace
 
 pixel_converter::pixel_converter(drawing_context& to, const surface& from, rgb source_background)
@@ -25,6 +27,8 @@ pixel_converter::pixel_converter(drawing_context& to, const surface& from, rgb s
 {
     if (same_format(to_, from)) {
         how_ = method::none;
+    } else if (is_plain_rgb(from) && is_plain_rgb(to_)) {
+        how_ = method::plain;
     } else if (from.has_table()) {
         how_ = method::table;
         for (unsigned i = 0; i < from.table->count; ++i)
@@ -45,6 +49,10 @@ void pixel_converter::convert(std::span<std::uint32_t> pixels) const
 {
     switch (how_) {
     case method::none:
+        break;
+    case method::plain:
+        for (std::uint32_t& p : pixels)
+            p &= 0xFFFFFF;
         break;
     case method::table:
         for (std::uint32_t& p : pixels)

@@ -21,7 +21,7 @@ public:
     void convert_colours(std::span<std::uint32_t> colours) const;
 
 private:
-    enum class method : std::uint8_t { none, table, colour };
+    enum class method : std::uint8_t { none, plain, table, colour };
     [[nodiscard]] std::uint32_t pixel_for(rgb colour) const;
 
     const surface& to_;
