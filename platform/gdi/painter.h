@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/gdi/paint_meter.h"
 #include "platform/gdi/spans.h"
 #include "platform/gdi/surface.h"
 
@@ -24,7 +25,11 @@ inline constexpr pixel_op keep_pixel{0xFFFFFFFF, 0};
 class solid_painter final : public span_sink {
 public:
     solid_painter(const surface& s, pixel_op op);
-    void draw(std::span<const span> spans) override { paint_(surface_, op_, spans); }
+    void draw(std::span<const span> spans) override
+    {
+        paint_meter::count(spans, 1);
+        paint_(surface_, op_, spans);
+    }
 
 private:
     using paint_function = void (*)(const surface&, pixel_op, std::span<const span>);
@@ -51,7 +56,12 @@ struct op_tile {
 class tile_painter final : public span_sink {
 public:
     tile_painter(const surface& s, const op_tile& tile);
-    void draw(std::span<const span> spans) override { paint_(surface_, tile_, spans); }
+    void draw(std::span<const span> spans) override
+    {
+        constexpr unsigned cost = 3;
+        paint_meter::count(spans, cost);
+        paint_(surface_, tile_, spans);
+    }
 
 private:
     using paint_function = void (*)(const surface&, const op_tile&, std::span<const span>);

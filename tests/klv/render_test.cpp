@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <set>
 #include <utility>
 
 #include "metafiles/metafile.h"
@@ -80,6 +81,31 @@ TEST(Render, BandsMeetWithoutASeam)
     const auto bitmap = render(picture, {.width = 600});
     for (int y = 0; y < bitmap->Height(); ++y)
         ASSERT_EQ(pixel(*bitmap, 300, y), (std::array<int, 3>{128, 128, 128})) << y;
+}
+
+// Three hundred times over a large page, then an ellipse: the whole would take seconds at four samples an axis.
+TEST(Render, CostlyPicturesGetFewerSamples)
+{
+    const auto shades_of_edge = [](int layers) {
+        vMETAFILE picture;
+        const vCOLOUR white(255, 255, 255), black(0, 0, 0);
+        picture.PhysicalExtents(100000, 100000);
+        picture.LineSpec(vLINESPEC(vLINE_NONE, white, 0, vCORNER_ROUND, vDASH_ROUND, nullptr, -1, -1));
+        picture.FillSpec(vFILLSPEC(vFILL_SOLID, white, white, vANGLE(), vFILL_ALTERNATE, vPOINT()));
+        for (int i = 0; i < layers; ++i)
+            picture.DrawRect(vRECT(0, 0, 1000, 1000));
+        picture.FillSpec(vFILLSPEC(vFILL_SOLID, black, black, vANGLE(), vFILL_ALTERNATE, vPOINT()));
+        picture.DrawEllipse(vRECT(0, 0, 1000, 1000));
+        picture.LogicalExtents(0, 1000, 0, 1000);
+        picture.EndMetaFile();
+        const auto bitmap = render(picture, {.width = 1600});
+        std::set<int> shades;
+        for (int y = 0; y < bitmap->Height(); ++y)
+            shades.insert(pixel(*bitmap, 200, y)[0]);
+        return shades.size();
+    };
+    EXPECT_GT(shades_of_edge(1), 2U);
+    EXPECT_EQ(shades_of_edge(300), 2U);
 }
 
 } // namespace

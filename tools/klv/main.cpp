@@ -35,7 +35,9 @@ void add_render_options(CLI::App& command, klv::tool::render_options& render)
     command.add_option("--height", render.height, "height in pixels")->check(CLI::Range(1, largest_side));
     command.add_option("--dpi", render.dpi, "pixels per inch of the picture's own size (96)")
         ->check(CLI::Range(1, 10000));
-    command.add_option("--antialias", render.antialias, "samples along each axis of a pixel (4); 1 for none")
+    command
+        .add_option("--antialias", render.antialias,
+            "samples along each axis of a pixel (4, fewer for costly pictures); 1 for none")
         ->check(CLI::Range(1, 16));
     command.add_option_function<std::string>(
         "--background",

@@ -7,6 +7,7 @@
 #include "devices/display_bitmap.h"
 #include "images/resample.h"
 #include "platform/gdi/gdi.h"
+#include "platform/gdi/paint_meter.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/interrupt.h"
 
@@ -23,7 +24,7 @@ constexpr int logical_units_per_inch = 96;
 
 // A band of the supersampled surface takes about this much memory. Its rows are a multiple of the height of
 // brush patterns, so that patterns go on from band to band.
-constexpr std::int64_t band_bytes = 8 << 20;
+constexpr std::int64_t band_bytes = 4 << 20;
 constexpr int pattern_rows = 8;
 
 int rows_in_band(int width, int height, int antialias)
@@ -35,11 +36,11 @@ int rows_in_band(int width, int height, int antialias)
 
 class band_surface {
 public:
-    band_surface(int width, int rows, const render_options& options)
-        : antialias_(options.antialias)
+    band_surface(int width, int rows, int antialias, const vCOLOUR& background)
+        : antialias_(antialias)
         , width_(width)
         , rows_(rows)
-        , background_(options.background)
+        , background_(background)
         , device_(width * antialias_, rows * antialias_, 0, 32)
     {
         const BITMAPINFO* info = nullptr;
@@ -117,6 +118,38 @@ vSIZE output_size(const vMETAFILE& picture, const render_options& options)
     return {to_pixels(width * scale * fit), to_pixels(height * scale * fit)};
 }
 
+namespace {
+
+// How often a picture paints over the whole of its page, seen by drawing it small.
+double layers_of(vMETAFILE& picture, const vSIZE& size)
+{
+    constexpr double longest_trial_side = 512;
+    const double scale = longest_trial_side / std::max(size.Width(), size.Height());
+    const int width = to_pixels(size.Width() * scale), height = to_pixels(size.Height() * scale);
+    band_surface trial(width, height, 1, vCOLOUR());
+    const gdi::paint_meter meter;
+    trial.draw(picture, vRECT(vPOINT(0, 0), width, height), 0);
+    return static_cast<double>(meter.pixels()) / (double{1} * width * height);
+}
+
+// A file of a few kilobytes can fill a large page hundreds of times.
+int affordable_antialias(vMETAFILE& picture, const vSIZE& size)
+{
+    constexpr int finest = 4;
+    constexpr double most_painted = 2e9; // device pixels in about a second
+    constexpr double always_affordable = 1 << 24;
+    const double pixels = double{1} * size.Width() * size.Height();
+    if (pixels * finest * finest <= always_affordable)
+        return finest;
+    const double layers = layers_of(picture, size);
+    int antialias = finest;
+    while (antialias > 1 && layers * pixels * antialias * antialias > most_painted)
+        antialias /= 2;
+    return antialias;
+}
+
+} // namespace
+
 std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& options)
 {
     vMETAFILE::TextReplay(vTEXTREPLAY::as_text);
@@ -127,8 +160,9 @@ std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& option
         || !out->SetHeader(oDIBHEADER(size.Width(), size.Height(), options.dpi, options.dpi, oMODEL_RGB24))
         || !out->HasPixels())
         throw failure("memory ran out");
-    const int band = rows_in_band(size.Width(), size.Height(), options.antialias);
-    band_surface surface(size.Width(), band, options);
+    const int antialias = options.antialias != 0 ? options.antialias : affordable_antialias(picture, size);
+    const int band = rows_in_band(size.Width(), size.Height(), antialias);
+    band_surface surface(size.Width(), band, antialias, options.background);
     for (int row = 0; row < size.Height(); row += band) {
         surface.draw(picture, page, row);
         if (interrupted())

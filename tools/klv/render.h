@@ -14,7 +14,9 @@ struct render_options {
     int width = 0; ///< pixels; 0 to follow the height or the picture's own size
     int height = 0;
     int dpi = 96; ///< of the picture's own size
-    int antialias = 4; ///< device pixels for each output pixel, along each axis; 1 for aliased pixels
+    /// Device pixels for each output pixel, along each axis; 1 for aliased pixels, 0 for as many as are
+    /// affordable: 4, or fewer where a large page is painted over many times.
+    int antialias = 0;
     vCOLOUR background{255, 255, 255};
 };
 
