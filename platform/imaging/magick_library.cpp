@@ -1,6 +1,8 @@
 #include "platform/imaging/magick_library.h"
 
 #include <array>
+#include <csetjmp>
+#include <cstdlib>
 #include <memory>
 
 #include <dlfcn.h>
@@ -24,55 +26,84 @@ constexpr int as_usual = 0;
 /// Room for the exception record that the library wants to be given.
 constexpr std::size_t exception_bytes = 512;
 
+/// Where the library goes instead of ending the process. One for the process, as the library is.
+std::jmp_buf behind_fatal_error;
+bool in_library = false;
+bool gave_up = false;
+
+void on_fatal_error(int, const char*, const char*)
+{
+    if (!in_library)
+        std::abort();
+    std::longjmp(behind_fatal_error, 1);
+}
+
+/// Runs step(state), which must not own anything in its frames; false when the library gave up, now or
+/// before.
+template <class State> [[nodiscard]] bool guarded(void (*step)(State&), State& state)
+{
+    if (gave_up)
+        return false;
+    if (setjmp(behind_fatal_error) != 0) {
+        in_library = false;
+        gave_up = true;
+        return false;
+    }
+    in_library = true;
+    step(state);
+    in_library = false;
+    return true;
+}
+
 } // namespace
 
-/// One picture inside the library.
-class magick_library::picture {
-public:
-    explicit picture(const functions& call)
-        : call_(call)
-        , wand_(call.NewMagickWand())
-    {
-    }
-    picture(const picture&) = delete;
-    picture& operator=(const picture&) = delete;
-    ~picture()
-    {
-        if (wand_)
-            call_.DestroyMagickWand(wand_);
-    }
+/// One picture on its way through the library.
+struct magick_library::conversion {
+    const functions& call;
+    const char* from;
+    std::span<const std::uint8_t> in;
+    dimension size;
+    const char* to;
+    int compression;
+    wand picture = nullptr;
+    bool was_read = false;
+    unsigned char* bytes = nullptr;
+    std::size_t byte_count = 0;
 
-    [[nodiscard]] bool made() const { return wand_ != nullptr; }
-    [[nodiscard]] bool read(const char* format, std::span<const std::uint8_t> file, dimension size)
+    /// Readers go on behind the picture, where damaged files promise others of any size.
+    void limit_pixels()
+    {
+        call.MagickSetResourceLimit(
+            pixels_resource, static_cast<ulong>(std::int64_t{size.width} * size.height + spare_pixels));
+    }
+    [[nodiscard]] bool read()
     {
         if (size.width > 0 && size.height > 0)
-            call_.MagickSetSize(wand_, static_cast<ulong>(size.width), static_cast<ulong>(size.height));
-        return call_.MagickSetFormat(wand_, format)
-            && call_.MagickReadImageBlob(wand_, file.data(), file.size())
-            && call_.MagickSetImageIndex(wand_, 0);
+            call.MagickSetSize(picture, static_cast<ulong>(size.width), static_cast<ulong>(size.height));
+        return call.MagickSetFormat(picture, from) && call.MagickReadImageBlob(picture, in.data(), in.size())
+            && call.MagickSetImageIndex(picture, 0);
     }
-    [[nodiscard]] bool write(const char* format, int compression, std::vector<std::uint8_t>& file)
+    void write()
     {
-        if (!call_.MagickSetImageFormat(wand_, format)
-            || !call_.MagickSetImageCompression(wand_, compression))
-            return false;
-        std::size_t size = 0;
-        const std::unique_ptr<unsigned char, release> bytes(
-            call_.MagickWriteImageBlob(wand_, &size), release{call_});
-        if (!bytes)
-            return false;
-        file.assign(bytes.get(), bytes.get() + size);
-        return true;
+        if (call.MagickSetImageFormat(picture, to) && call.MagickSetImageCompression(picture, compression))
+            bytes = call.MagickWriteImageBlob(picture, &byte_count);
     }
 
-private:
-    struct release {
-        const functions& call;
-        void operator()(unsigned char* bytes) const { call.MagickRelinquishMemory(bytes); }
-    };
-
-    const functions& call_;
-    wand wand_;
+    static void run(conversion& self)
+    {
+        self.limit_pixels();
+        self.picture = self.call.NewMagickWand();
+        self.was_read = self.picture && self.read();
+        if (self.was_read)
+            self.write();
+    }
+    static void end(conversion& self)
+    {
+        if (self.bytes)
+            self.call.MagickRelinquishMemory(self.bytes);
+        if (self.picture)
+            self.call.DestroyMagickWand(self.picture);
+    }
 };
 
 template <class Function> bool magick_library::find(void* module, const char* name, Function& function)
@@ -81,26 +112,29 @@ template <class Function> bool magick_library::find(void* module, const char* na
     return function != nullptr;
 }
 
+bool magick_library::find_functions(void* module)
+{
+#define KLV_FIND(NAME) find(module, #NAME, call_.NAME)
+    return KLV_FIND(InitializeMagickEx) && KLV_FIND(MagickSetResourceLimit) && KLV_FIND(NewMagickWand)
+        && KLV_FIND(DestroyMagickWand) && KLV_FIND(MagickSetFormat) && KLV_FIND(MagickSetSize)
+        && KLV_FIND(MagickReadImageBlob) && KLV_FIND(MagickSetImageIndex) && KLV_FIND(MagickSetImageFormat)
+        && KLV_FIND(MagickSetImageCompression) && KLV_FIND(MagickWriteImageBlob)
+        && KLV_FIND(MagickRelinquishMemory) && KLV_FIND(SetFatalErrorHandler);
+#undef KLV_FIND
+}
+
 bool magick_library::load()
 {
     void* module = nullptr;
     for (const char* const name : library_names)
         if (!module)
             module = dlopen(name, RTLD_NOW | RTLD_LOCAL);
-    if (!module)
-        return false;
-#define KLV_FIND(NAME) find(module, #NAME, call_.NAME)
-    const bool complete = KLV_FIND(InitializeMagickEx) && KLV_FIND(MagickSetResourceLimit)
-        && KLV_FIND(NewMagickWand) && KLV_FIND(DestroyMagickWand) && KLV_FIND(MagickSetFormat)
-        && KLV_FIND(MagickSetSize) && KLV_FIND(MagickReadImageBlob) && KLV_FIND(MagickSetImageIndex)
-        && KLV_FIND(MagickSetImageFormat) && KLV_FIND(MagickSetImageCompression)
-        && KLV_FIND(MagickWriteImageBlob) && KLV_FIND(MagickRelinquishMemory);
-#undef KLV_FIND
-    if (!complete)
+    if (!module || !find_functions(module))
         return false;
     std::array<char, exception_bytes> exception{};
     if (!call_.InitializeMagickEx(nullptr, no_signal_handlers, exception.data()))
         return false;
+    call_.SetFatalErrorHandler(on_fatal_error);
     // The caller's process keeps its signal handlers and gets no threads that it did not ask for.
     call_.MagickSetResourceLimit(threads_resource, 1);
     return true;
@@ -114,23 +148,22 @@ const magick_library* magick_library::get()
     return loaded ? &library : nullptr;
 }
 
-/// Readers go on behind the picture, where damaged files promise others of any size.
-void magick_library::limit_pixels(dimension size) const
-{
-    call_.MagickSetResourceLimit(
-        pixels_resource, static_cast<ulong>(std::int64_t{size.width} * size.height + spare_pixels));
-}
-
 imaging_result magick_library::convert(const char* from, std::span<const std::uint8_t> in, dimension size,
     const char* to, int compression, std::vector<std::uint8_t>& out) const
 {
-    picture image(call_);
-    if (!image.made())
+    conversion work{call_, from, in, size, to, compression};
+    if (!guarded(conversion::run, work))
         return imaging_no_memory;
-    limit_pixels(size);
-    if (!image.read(from, in, size))
+    const auto end = [](conversion* ended) { (void)guarded(conversion::end, *ended); };
+    const std::unique_ptr<conversion, decltype(end)> ending(&work, end);
+    if (!work.picture)
+        return imaging_no_memory;
+    if (!work.was_read)
         return imaging_bad_data;
-    return image.write(to, compression, out) ? imaging_ok : imaging_failed;
+    if (!work.bytes)
+        return imaging_failed;
+    out.assign(work.bytes, work.bytes + work.byte_count);
+    return imaging_ok;
 }
 
 imaging_result magick_library::to_windows_bitmap(const char* format, std::span<const std::uint8_t> file,

@@ -12,6 +12,9 @@ namespace klv::imaging {
 /// GraphicsMagick, looked for by name when a file needs it. The module does not link it: without it the
 /// formats that it serves are missing and all others work. Pictures travel as Windows bitmap files in memory,
 /// which keep palettes, indices and resolution as they are.
+///
+/// What the library calls a fatal error, small allocations that fail above all, would end the process. It is
+/// left behind there, as it is, and never called again: every later conversion answers imaging_no_memory.
 class magick_library {
 public:
     /// The library, loaded and started on the first call; null when it is not installed.
@@ -41,11 +44,13 @@ private:
         unsigned (*MagickSetImageCompression)(wand, int compression);
         unsigned char* (*MagickWriteImageBlob)(wand, std::size_t* size);
         unsigned (*MagickRelinquishMemory)(void* bytes);
+        using fatal_error_handler = void (*)(int severity, const char* reason, const char* description);
+        fatal_error_handler (*SetFatalErrorHandler)(fatal_error_handler);
     };
-    class picture;
+    struct conversion;
 
     [[nodiscard]] bool load();
-    void limit_pixels(dimension size) const;
+    [[nodiscard]] bool find_functions(void* module);
     template <class Function> [[nodiscard]] bool find(void* module, const char* name, Function& function);
     [[nodiscard]] imaging_result convert(const char* from, std::span<const std::uint8_t> in, dimension size,
         const char* to, int compression, std::vector<std::uint8_t>& out) const;
