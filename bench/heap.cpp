@@ -1,7 +1,7 @@
 #include <malloc.h>
 
-// Freed memory stays with the process. Otherwise large work, ours and the references', is measured by how often
-// the C library hands pages back to the system between two runs.
+// Freed memory stays with the process. Otherwise large work, ours and the references', is measured by how
+// often the C library hands pages back to the system between two runs.
 namespace {
 
 constexpr int most_kept = 1 << 30;

@@ -38,8 +38,8 @@ bool known_compression(const TIFFIMAGE& image)
         || image.compression == tiff_lzw || image.compression == tiff_packbits;
 }
 
-/// False for bits and numbers that the own decoder would show, but wrongly; associated alpha is multiplied into
-/// the colours.
+/// False for bits and numbers that the own decoder would show, but wrongly; associated alpha is multiplied
+/// into the colours.
 bool plain_samples(const TIFFIMAGE& image)
 {
     return image.fill_order != tiff_least_significant_first

@@ -97,8 +97,8 @@ void make_bitmap_tile(drawing_context& dc, const brush_object& brush, INT rop2, 
     }
 }
 
-// Patterns are drawn for pixels of the resolution that programs know; on a surface whose pixels are finer each of
-// theirs becomes a square.
+// Patterns are drawn for pixels of the resolution that programs know; on a surface whose pixels are finer
+// each of theirs becomes a square.
 INT pixels_of_pattern(const drawing_context& dc)
 {
     constexpr INT common_resolution = 96;

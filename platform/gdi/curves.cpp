@@ -101,9 +101,8 @@ void fill_ellipse_ring(const box& outer, const box& inner, const box& clip, span
     const rounded_rows outer_rows(outer, INT32_MAX, INT32_MAX);
     const rounded_rows inner_rows(inner, INT32_MAX, INT32_MAX);
     span_batch out(sink);
-    const auto add = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) {
-        add_visible(out, visible, y, x0, x1);
-    };
+    const auto add
+        = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) { add_visible(out, visible, y, x0, x1); };
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
         const std::int32_t cut = outer_rows.inset(y);
         const std::int32_t left = outer.x1 + cut;
@@ -128,9 +127,8 @@ void outline_rounded_box(
         return;
     const rounded_rows rows(area, width, height);
     span_batch out(sink);
-    const auto add = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) {
-        add_visible(out, visible, y, x0, x1);
-    };
+    const auto add
+        = [&](std::int32_t y, std::int32_t x0, std::int32_t x1) { add_visible(out, visible, y, x0, x1); };
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
         const std::int32_t left = area.x1 + rows.inset(y);
         const std::int32_t right = area.x2 - rows.inset(y);

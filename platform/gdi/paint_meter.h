@@ -4,8 +4,8 @@
 
 namespace klv::gdi {
 
-/// Counts the work of painting on all surfaces while it lives, in pixels that a fill would have painted in the
-/// same time. One lives at a time.
+/// Counts the work of painting on all surfaces while it lives, in pixels that a fill would have painted in
+/// the same time. One lives at a time.
 class paint_meter {
 public:
     paint_meter();

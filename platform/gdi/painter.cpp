@@ -135,7 +135,8 @@ template <class Put> void for_tile(const op_tile& tile, const span& p, Put put)
     }
 }
 
-/// The operations of some pixels of a tile's row, from a column on, in a form that is applied to many at once.
+/// The operations of some pixels of a tile's row, from a column on, in a form that is applied to many at
+/// once.
 template <class Pixel> struct tile_piece {
     static constexpr std::int32_t most_pixels = 128;
 

@@ -83,7 +83,8 @@ TEST(Render, BandsMeetWithoutASeam)
         ASSERT_EQ(pixel(*bitmap, 300, y), (std::array<int, 3>{128, 128, 128})) << y;
 }
 
-// Three hundred times over a large page, then an ellipse: the whole would take seconds at four samples an axis.
+// Three hundred times over a large page, then an ellipse: the whole would take seconds at four samples an
+// axis.
 TEST(Render, CostlyPicturesGetFewerSamples)
 {
     const auto shades_of_edge = [](int layers) {
