@@ -51,7 +51,7 @@ private:
         double t; // on the edge; 0 at its start
     };
     struct node {
-        std::uint32_t first; // of its stops in node_stops_
+        std::uint32_t first; // of those that leave it, in node_strands_
         std::uint32_t count;
         POINT at;
         std::int32_t base; // winding just before the direction (1, 0), turning from x to y
@@ -59,12 +59,12 @@ private:
         bool reached;
     };
     struct strand {
+        std::uint32_t edge; // where it begins
         std::uint32_t node; // where it begins
-        std::uint32_t previous; // on its contour
-        std::uint32_t next; // on its contour
         std::uint32_t onward; // the strand that goes on with its loop
         std::int32_t level_at_start; // above the base of the node; of a cancelled one the winding there
         std::int32_t level_at_end;
+        bool at_point; // whether it begins where its edge does
         bool cancelled; // by a strand that runs the other way on the same line
         bool walked;
     };
@@ -94,10 +94,10 @@ private:
     void sort_stops();
     void join_stops();
     void make_nodes();
+    void number_strands();
     void report_shared_points() const;
 
     // arrangement_levels.cpp: what belongs together around the nodes, and across them
-    void link_strands();
     void gather_spokes(const node& n);
     void cancel_strands(const node& n);
     void cancel_on_line(std::span<const spoke> line);
@@ -105,25 +105,35 @@ private:
     void pair_strands(const node& n);
     void pair_crossing(const node& n);
     void find_levels();
-    [[nodiscard]] std::uint32_t reach_from(std::uint32_t first_stop);
+    [[nodiscard]] std::uint32_t reach_from(std::uint32_t first);
     void reach(std::uint32_t s, std::int32_t base);
     [[nodiscard]] std::int32_t error_of_base(std::uint32_t top) const;
     [[nodiscard]] std::int32_t winding_outside(std::uint32_t top) const;
     [[nodiscard]] bool interior_on_left(std::uint32_t top) const;
 
-    [[nodiscard]] std::span<const std::uint32_t> stops_of(const node& n) const
+    [[nodiscard]] std::span<const std::uint32_t> strands_of(const node& n) const
     {
-        return std::span<const std::uint32_t>(node_stops_).subspan(n.first, n.count);
+        return std::span<const std::uint32_t>(node_strands_).subspan(n.first, n.count);
     }
-    [[nodiscard]] bool at_point(const stop& s) const { return s.place == s.edge; }
-    [[nodiscard]] std::uint32_t end_of(std::uint32_t s) const { return strands_[strands_[s].next].node; }
+    // The strands of a contour follow each other, and their numbers do.
+    [[nodiscard]] std::uint32_t next(std::uint32_t s) const
+    {
+        const std::uint32_t contour = outline_.contour_of(strands_[s].edge);
+        return s + 1 == contour_strands_[contour + 1] ? contour_strands_[contour] : s + 1;
+    }
+    [[nodiscard]] std::uint32_t previous(std::uint32_t s) const
+    {
+        const std::uint32_t contour = outline_.contour_of(strands_[s].edge);
+        return (s == contour_strands_[contour] ? contour_strands_[contour + 1] : s) - 1;
+    }
+    [[nodiscard]] std::uint32_t end_of(std::uint32_t s) const { return strands_[next(s)].node; }
     [[nodiscard]] std::int32_t level_of(std::uint32_t s) const
     {
         return nodes_[strands_[s].node].base + strands_[s].level_at_start;
     }
     [[nodiscard]] bool is_lone(std::uint32_t contour) const
     {
-        return contour_stops_[contour] == contour_stops_[contour + 1];
+        return contour_strands_[contour] == contour_strands_[contour + 1];
     }
     [[nodiscard]] std::int32_t level_of_lone(std::uint32_t contour) const
     {
@@ -135,22 +145,24 @@ private:
 
     const edge_outline outline_;
     const outline_tree tree_;
-    const outline_crossings found_;
     const int frames_;
 
+    // What is known of the places until there are nodes.
+    outline_crossings found_;
     geometry_list<meeting> meetings_; // of the crossings, then of overlaps
     geometry_list<std::uint32_t> parents_; // of joined places, toward the one with the least number
     geometry_list<bool> passed_; // points of the outline that are stops
     geometry_list<stop> stops_; // along the contours
-    geometry_list<std::uint32_t> contour_stops_; // where the stops of each contour begin
-    geometry_list<std::uint32_t> node_of_place_;
+
     geometry_list<node> nodes_;
-    geometry_list<std::uint32_t> node_stops_;
-    geometry_list<strand> strands_;
+    geometry_list<std::uint32_t> node_strands_;
+    geometry_list<strand> strands_; // along the contours
+    geometry_list<std::uint32_t> contour_strands_; // where the strands of each contour begin
     geometry_list<spoke> spokes_; // around the node in question
     geometry_list<std::uint32_t> open_; // strands that came in and are not paired yet
+    std::size_t unreached_ = 0; // nodes
     geometry_list<std::uint32_t> reached_; // nodes
-    geometry_list<std::uint32_t> entries_; // a stop of each contour that was reached
+    geometry_list<std::uint32_t> entries_; // a strand of each contour that was reached
     geometry_list<bool> contour_reached_;
     geometry_list<POINT> loop_;
 };
@@ -160,7 +172,7 @@ void arrangement::visit_loops(const WANTED& wanted, const VISIT& visit)
 {
     constexpr std::size_t fewest_points = 3;
     for (const node& n : nodes_) {
-        for (const auto s : stops_of(n)) {
+        for (const auto s : strands_of(n)) {
             if (strands_[s].walked || strands_[s].cancelled || !wanted(level_of(s)))
                 continue;
             const auto loop = trace(s);

@@ -4,24 +4,6 @@
 
 namespace klv {
 
-// Threads the strands along the contours.
-void arrangement::link_strands()
-{
-    contour_stops_.reserve(outline_.contours().size() + 1);
-    std::uint32_t at = 0;
-    for (const auto& c : outline_.contours()) {
-        contour_stops_.push_back(at);
-        const std::uint32_t first = at;
-        while (at < stops_.size() && stops_[at].edge < c.first + c.count)
-            ++at;
-        if (at > first) {
-            strands_[first].previous = at - 1;
-            strands_[at - 1].next = first;
-        }
-    }
-    contour_stops_.push_back(at);
-}
-
 bool arrangement::spoke::same_direction(const spoke& o) const
 {
     return cross(direction, o.direction) == 0 && dot(direction, o.direction) > 0;
@@ -44,11 +26,11 @@ bool arrangement::spoke::operator<(const spoke& o) const
 void arrangement::gather_spokes(const node& n)
 {
     spokes_.clear();
-    for (const auto i : stops_of(n)) {
-        const stop& s = stops_[i];
-        const std::uint32_t arriving = at_point(s) ? outline_.preceding(s.edge) : s.edge;
+    for (const auto i : strands_of(n)) {
+        const strand& s = strands_[i];
+        const std::uint32_t arriving = s.at_point ? outline_.preceding(s.edge) : s.edge;
         spokes_.push_back({outline_.direction(s.edge), i, true});
-        spokes_.push_back({-outline_.direction(arriving), strands_[i].previous, false});
+        spokes_.push_back({-outline_.direction(arriving), previous(i), false});
     }
     std::sort(spokes_.begin(), spokes_.end());
 }
@@ -93,10 +75,10 @@ void arrangement::cancel_on_line(std::span<const spoke> line)
 // Whether a strand lies on one edge.
 bool arrangement::straight(std::uint32_t s) const
 {
-    const stop &from = stops_[s], &to = stops_[strands_[s].next];
-    if (at_point(to))
+    const strand &from = strands_[s], &to = strands_[next(s)];
+    if (to.at_point)
         return outline_.following(from.edge) == to.edge;
-    return from.edge == to.edge && from.t < to.t;
+    return from.edge == to.edge && s < next(s);
 }
 
 // Strands that come in match strands that go out like brackets: the faces right of both, and between them,
@@ -134,13 +116,12 @@ void arrangement::pair_strands(const node& n)
 // The same for two edges that cross, where no more can be.
 void arrangement::pair_crossing(const node& n)
 {
-    const std::uint32_t a = stops_of(n)[0], b = stops_of(n)[1];
+    const std::uint32_t a = strands_of(n)[0], b = strands_of(n)[1];
     strand &from_a = strands_[a], &from_b = strands_[b];
-    strand &to_a = strands_[from_a.previous], &to_b = strands_[from_b.previous];
+    strand &to_a = strands_[previous(a)], &to_b = strands_[previous(b)];
     to_a.onward = b;
     to_b.onward = a;
-    const bool b_turns_left
-        = cross(outline_.direction(stops_[a].edge), outline_.direction(stops_[b].edge)) > 0;
+    const bool b_turns_left = cross(outline_.direction(from_a.edge), outline_.direction(from_b.edge)) > 0;
     from_a.level_at_start = -1;
     to_b.level_at_end = -1;
     from_b.level_at_start = to_a.level_at_end = b_turns_left ? -2 : 0;
@@ -150,48 +131,51 @@ void arrangement::pair_crossing(const node& n)
 void arrangement::find_levels()
 {
     contour_reached_.assign(outline_.contours().size(), false);
+    unreached_ = nodes_.size();
     for (const node& n : nodes_) {
         if (n.reached)
             continue;
-        const std::int32_t error = error_of_base(reach_from(stops_of(n)[0]));
+        const std::int32_t error = error_of_base(reach_from(strands_of(n)[0]));
         for (const auto reached : reached_)
             nodes_[reached].base -= error;
     }
 }
 
 // \return the topmost point
-std::uint32_t arrangement::reach_from(std::uint32_t first_stop)
+std::uint32_t arrangement::reach_from(std::uint32_t first)
 {
-    std::uint32_t top = outline_.contours()[outline_.contour_of(stops_[first_stop].edge)].top;
+    const auto top_of
+        = [this](std::uint32_t s) { return outline_.contours()[outline_.contour_of(strands_[s].edge)].top; };
+    std::uint32_t top = top_of(first);
     reached_.clear();
     entries_.clear();
-    reach(first_stop, 0);
+    reach(first, 0);
     for (std::size_t i = 0; i < entries_.size(); ++i) {
         const std::uint32_t entry = entries_[i];
-        const std::uint32_t other = outline_.contours()[outline_.contour_of(stops_[entry].edge)].top;
-        if (higher(outline_[other], outline_[top]))
-            top = other;
+        if (higher(outline_[top_of(entry)], outline_[top]))
+            top = top_of(entry);
         std::uint32_t s = entry;
         do {
             const strand& on = strands_[s];
-            reach(on.next, nodes_[on.node].base + on.level_at_start - on.level_at_end);
-            s = on.next;
-        } while (s != entry);
+            s = next(s);
+            reach(s, nodes_[on.node].base + on.level_at_start - on.level_at_end);
+        } while (s != entry && unreached_ > 0);
     }
     return top;
 }
 
-// The node of a stop, and through it the contours that pass there.
+// The node where a strand begins, and through it the contours that pass there.
 void arrangement::reach(std::uint32_t s, std::int32_t base)
 {
     node& n = nodes_[strands_[s].node];
     if (n.reached)
         return;
     n.reached = true;
+    --unreached_;
     n.base = base;
     reached_.push_back(strands_[s].node);
-    for (const auto other : stops_of(n)) {
-        const std::uint32_t contour = outline_.contour_of(stops_[other].edge);
+    for (const auto other : strands_of(n)) {
+        const std::uint32_t contour = outline_.contour_of(strands_[other].edge);
         if (contour_reached_[contour])
             continue;
         contour_reached_[contour] = true;
@@ -202,14 +186,14 @@ void arrangement::reach(std::uint32_t s, std::int32_t base)
 std::int32_t arrangement::error_of_base(std::uint32_t top) const
 {
     const std::int32_t outside = winding_outside(top);
-    if (passed_[top])
-        return nodes_[node_of_place_[joined(top)]].base - outside;
-    // The strand through top leaves the last stop before it.
     const std::uint32_t contour = outline_.contour_of(top);
-    const auto first = stops_.begin() + contour_stops_[contour],
-               end = stops_.begin() + contour_stops_[contour + 1];
-    const auto after = std::partition_point(first, end, [&](const stop& s) { return s.edge < top; });
-    const auto s = static_cast<std::uint32_t>((after == first ? end : after) - stops_.begin() - 1);
+    const auto first = strands_.begin() + contour_strands_[contour],
+               end = strands_.begin() + contour_strands_[contour + 1];
+    const auto after = std::partition_point(first, end, [&](const strand& s) { return s.edge < top; });
+    if (after != end && after->edge == top && after->at_point)
+        return nodes_[after->node].base - outside;
+    // The strand through top begins before it.
+    const auto s = static_cast<std::uint32_t>((after == first ? end : after) - strands_.begin() - 1);
     return level_of(s) - (outside - interior_on_left(top));
 }
 
@@ -233,13 +217,13 @@ std::span<const POINT> arrangement::trace(std::uint32_t first)
         strand& on = strands_[s];
         on.walked = true;
         add_to_loop(nodes_[on.node].at);
-        const stop& to = stops_[on.next];
-        std::uint32_t point = stops_[s].edge;
-        const bool around = on.next <= s; // through the contour's first point, if only to come back
+        const strand& to = strands_[next(s)];
+        std::uint32_t point = on.edge;
+        const bool around = next(s) <= s; // through the contour's first point, if only to come back
         if (point != to.edge || around) {
             do {
                 point = outline_.following(point);
-                if (point != to.edge || !at_point(to))
+                if (point != to.edge || !to.at_point)
                     add_to_loop(outline_[point]);
             } while (point != to.edge);
         }

@@ -12,16 +12,16 @@ arrangement::arrangement(
     std::span<const POINT> points, std::span<const int> counts, bool within_contours, int frames)
     : outline_(points, counts)
     , tree_(outline_)
-    , found_(find_crossings(outline_, tree_, within_contours))
     , frames_(frames)
+    , found_(find_crossings(outline_, tree_, within_contours))
 {
     find_places();
+    report_shared_points();
     sort_stops();
     join_stops();
     make_nodes();
-    report_shared_points();
+    number_strands();
 
-    link_strands();
     for (const node& n : nodes_)
         cancel_strands(n);
     for (const node& n : nodes_) {
@@ -216,27 +216,50 @@ void arrangement::join_stops()
     stops_.resize(kept);
 }
 
+namespace {
+
+template <typename T> void release(geometry_list<T>& list) { geometry_list<T>().swap(list); }
+
+} // namespace
+
 // In the order of the first meetings at each.
 void arrangement::make_nodes()
 {
     for (std::uint32_t i = 0; i < parents_.size(); ++i)
         parents_[i] = parents_[parents_[i]]; // a parent has the lesser number, and is done before
-    node_of_place_.assign(parents_.size(), none);
+    geometry_list<std::uint32_t> node_of_place(parents_.size(), none);
+    nodes_.reserve(std::min(meetings_.size(), parents_.size()));
     for (const meeting& m : meetings_) {
-        const std::uint32_t place = joined(m.place);
-        if (node_of_place_[place] != none)
+        const std::uint32_t place = parents_[m.place];
+        if (node_of_place[place] != none)
             continue;
-        node_of_place_[place] = static_cast<std::uint32_t>(nodes_.size());
+        node_of_place[place] = static_cast<std::uint32_t>(nodes_.size());
         nodes_.push_back({0, 0, is_point(place) ? outline_[place] : m.at, 0, !is_point(place), false});
     }
+    release(meetings_);
+    release(found_.crossings);
+    release(found_.overlaps);
 
     // Strand i leaves stop i.
     strands_.reserve(stops_.size());
-    for (std::uint32_t i = 0; i < stops_.size(); ++i) {
-        const std::uint32_t n = node_of_place_[joined(stops_[i].place)];
+    for (const stop& s : stops_) {
+        const std::uint32_t n = node_of_place[parents_[s.place]];
         ++nodes_[n].count;
-        strands_.push_back({n, i - 1, i + 1, none, 0, 0, false, false});
+        strands_.push_back({s.edge, n, none, 0, 0, s.place == s.edge, false, false});
     }
+    release(stops_);
+    release(parents_);
+    release(passed_);
+}
+
+// Which strands belong to a contour, and which to a node.
+void arrangement::number_strands()
+{
+    contour_strands_.assign(outline_.contours().size() + 1, 0);
+    for (const strand& s : strands_)
+        ++contour_strands_[outline_.contour_of(s.edge) + 1];
+    std::partial_sum(contour_strands_.begin(), contour_strands_.end(), contour_strands_.begin());
+
     std::uint32_t first = 0;
     for (node& n : nodes_) {
         n.first = first;
@@ -244,10 +267,10 @@ void arrangement::make_nodes()
         n.crossing = n.crossing && n.count == 2;
         n.count = 0;
     }
-    node_stops_.resize(stops_.size());
-    for (std::uint32_t i = 0; i < stops_.size(); ++i) {
+    node_strands_.resize(strands_.size());
+    for (std::uint32_t i = 0; i < strands_.size(); ++i) {
         node& n = nodes_[strands_[i].node];
-        node_stops_[n.first + n.count++] = i;
+        node_strands_[n.first + n.count++] = i;
     }
 }
 
