@@ -160,7 +160,8 @@ private:
     geometry_list<std::uint32_t> contour_strands_; // where the strands of each contour begin
     geometry_list<spoke> spokes_; // around the node in question
     geometry_list<std::uint32_t> open_; // strands that came in and are not paired yet
-    std::size_t unreached_ = 0; // nodes
+    std::size_t unreached_nodes_ = 0;
+    std::size_t unreached_contours_ = 0; // of those that meet nodes
     geometry_list<std::uint32_t> reached_; // nodes
     geometry_list<std::uint32_t> entries_; // a strand of each contour that was reached
     geometry_list<bool> contour_reached_;

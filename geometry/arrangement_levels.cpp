@@ -131,7 +131,9 @@ void arrangement::pair_crossing(const node& n)
 void arrangement::find_levels()
 {
     contour_reached_.assign(outline_.contours().size(), false);
-    unreached_ = nodes_.size();
+    unreached_nodes_ = nodes_.size();
+    for (std::uint32_t c = 0; c < outline_.contours().size(); ++c)
+        unreached_contours_ += is_lone(c) ? 0 : 1;
     for (const node& n : nodes_) {
         if (n.reached)
             continue;
@@ -159,7 +161,7 @@ std::uint32_t arrangement::reach_from(std::uint32_t first)
             const strand& on = strands_[s];
             s = next(s);
             reach(s, nodes_[on.node].base + on.level_at_start - on.level_at_end);
-        } while (s != entry && unreached_ > 0);
+        } while (s != entry && unreached_nodes_ > 0);
     }
     return top;
 }
@@ -171,14 +173,17 @@ void arrangement::reach(std::uint32_t s, std::int32_t base)
     if (n.reached)
         return;
     n.reached = true;
-    --unreached_;
+    --unreached_nodes_;
     n.base = base;
     reached_.push_back(strands_[s].node);
+    if (unreached_contours_ == 0)
+        return;
     for (const auto other : strands_of(n)) {
         const std::uint32_t contour = outline_.contour_of(strands_[other].edge);
         if (contour_reached_[contour])
             continue;
         contour_reached_[contour] = true;
+        --unreached_contours_;
         entries_.push_back(other);
     }
 }

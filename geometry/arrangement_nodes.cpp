@@ -278,7 +278,7 @@ void arrangement::number_strands()
 void arrangement::report_shared_points() const
 {
     const auto count = static_cast<std::uint32_t>(found_.crossings.size());
-    const std::size_t mask = std::bit_ceil(std::size_t{2} * count + 1) - 1;
+    const std::size_t mask = std::bit_ceil(std::size_t{count} + count / 2 + 1) - 1;
     geometry_list<std::uint32_t> first_at(mask + 1, none);
     for (std::uint32_t i = 0; i < count; ++i) {
         const POINT at = meetings_[i].at;
