@@ -158,11 +158,13 @@ void offset_corners::FindNewContourPointsWithMitre(std::size_t i, bool bevel, ge
     // The mitre lies on the bisector, at distance / cos(turn / 2) from the corner.
     const turn t = turn_at(i);
     const double mitre = std::sqrt(2 / (1 + t.cosine));
-    if (t.opens && (!(mitre <= longest_of_all) || (bevel && mitre > longest_mitre)))
-        return MitreCorner(i, t, out);
     const double across = move_.distance / (1 + t.cosine);
-    out.push_back({round_saturated(contour_[i].x + across * (incoming.y + outgoing.y)),
-        round_saturated(contour_[i].y - across * (incoming.x + outgoing.x))});
+    const double x = contour_[i].x + across * (incoming.y + outgoing.y);
+    const double y = contour_[i].y - across * (incoming.x + outgoing.x);
+    const bool fits = std::abs(x) <= INT32_MAX && std::abs(y) <= INT32_MAX;
+    if (t.opens && (!(mitre <= longest_of_all) || !fits || (bevel && mitre > longest_mitre)))
+        return MitreCorner(i, t, out);
+    out.push_back({round_saturated(x), round_saturated(y)});
 }
 
 // The two points where the tangent of the circle with the distance around the corner, across the bisector,

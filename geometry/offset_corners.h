@@ -40,10 +40,11 @@ public:
     offset_corners(std::span<const POINT> contour, const contour_move& move);
 
     /// Appends the points that corner i gives in the moved contour: the mitre, which lies on both moved
-    /// edges. Where the corner opens and bevel is asked, or the corner all but turns back, two points cut the
-    /// mitre (MitreCorner). Where an edge is too short for the mitres at its ends, so that moved it would run
-    /// backward, the corner gives the ends of the two moved edges with the corner itself between them: all
-    /// that the edges sweep over is taken away then, whatever the edges around them do.
+    /// edges. Where the corner opens and bevel is asked, the corner all but turns back or the mitre lies
+    /// beyond the coordinates there are, two points cut the mitre (MitreCorner). Where an edge is too short
+    /// for the mitres at its ends, so that moved it would run backward, the corner gives the ends of the two
+    /// moved edges with the corner itself between them: all that the edges sweep over is taken away then,
+    /// whatever the edges around them do.
     void FindNewContourPointsWithMitre(std::size_t i, bool bevel, geometry_list<POINT>& out) const;
 
 private:

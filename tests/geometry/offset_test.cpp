@@ -159,6 +159,17 @@ TEST(Shrink, CutsLongMitresWhenBevelIsAsked)
     EXPECT_LT(shrunk(polyline({{0, 0}, {10000, 10}, {10000, -10}}), -100).BoundBox().Right(), 20000);
 }
 
+TEST(Shrink, MitresBeyondTheCoordinatesAreCut)
+{
+    const vSHAPE spike = polyline({{2000000000, 0}, {0, 100000000}, {0, -100000000}});
+    const int d = 20000000; // the mitre is twenty times as long
+    const contours source = contours_of(spike), moved = contours_of(shrunk(spike, -d));
+    ASSERT_EQ(moved.size(), 1u);
+    for (const auto& p : moved[0])
+        EXPECT_GE(distance(p, source), d - 2) << p.x << ',' << p.y;
+    EXPECT_EQ(shrunk(spike, -d).BoundBox().Right(), 2000000000 + d);
+}
+
 TEST(Shrink, MovesHolesTheOtherWay)
 {
     const auto frame = [](bool turned) {
