@@ -1,9 +1,10 @@
 // Shapes of arbitrary contours: what is united, intersected and complemented keeps its area but for the
-// rounding of crossings.
+// rounding of crossings, and what is moved keeps its distance.
 #include "geometry/exact.h"
 #include "geometry/shape.h"
 #include "geometry/shape_boolean.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -22,6 +23,7 @@ void require(bool condition)
 }
 
 struct shape_pair {
+    int unit = 1;
     poly_polygon a;
     poly_polygon b;
 };
@@ -34,7 +36,7 @@ shape_pair shapes_of(std::span<const std::uint8_t> data)
     shape_pair shapes;
     if (data.empty())
         return shapes;
-    const int unit = 1 << (data[0] % (greatest_shift + 1));
+    shapes.unit = 1 << (data[0] % (greatest_shift + 1));
     data = data.subspan(1);
     while (!data.empty()) {
         const std::size_t wanted = data[0] / 2u;
@@ -42,8 +44,8 @@ shape_pair shapes_of(std::span<const std::uint8_t> data)
         data = data.subspan(1);
         std::vector<POINT> contour;
         while (contour.size() < wanted && data.size() >= 2) {
-            contour.push_back(
-                {static_cast<std::int8_t>(data[0]) * unit, static_cast<std::int8_t>(data[1]) * unit});
+            contour.push_back({static_cast<std::int8_t>(data[0]) * shapes.unit,
+                static_cast<std::int8_t>(data[1]) * shapes.unit});
             data = data.subspan(2);
         }
         if (contour.size() >= 2)
@@ -114,11 +116,43 @@ void check_decomposition(const poly_polygon& p)
     }
 }
 
+double distance_of(const POINT& p, const POINT& a, const POINT& b)
+{
+    const offset along = offset::between(a, b), to = offset::between(a, p);
+    const double length = std::hypot(along.x, along.y);
+    if (length == 0)
+        return std::hypot(to.x, to.y);
+    const double at = static_cast<double>(dot(along, to)) / length;
+    if (at <= 0 || at >= length)
+        return std::min(std::hypot(to.x, to.y), std::hypot(p.x - 1.0 * b.x, p.y - 1.0 * b.y));
+    return std::abs(static_cast<double>(cross(along, to))) / length;
+}
+
+// Every point of the moved shape lies at least the distance from the outline, but for a unit, and as much for
+// what rounding moves the outline.
+void check_distance(const vSHAPE& source, int distance, int bevel)
+{
+    constexpr double tolerance = 2;
+    vSHAPE moved(source);
+    require(moved.Shrink(distance, bevel) == 1 && (moved.empty() || moved.IsValid()));
+    const auto outline = source.records();
+    for (const auto& r : moved.records()) {
+        std::size_t first = 0;
+        for (std::size_t i = 0; i < outline.size(); ++i) {
+            if (outline[i].has(point_flags::first))
+                first = i;
+            const auto& next = outline[outline[i].has(point_flags::last) ? first : i + 1];
+            require(distance_of({r.x(), r.y()}, {outline[i].x(), outline[i].y()}, {next.x(), next.y()})
+                >= std::abs(static_cast<double>(distance)) - tolerance);
+        }
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto [points_a, points_b] = shapes_of({data, size});
+    const auto [unit, points_a, points_b] = shapes_of({data, size});
     check_decomposition(points_a);
     const vSHAPE a = shape_of(points_a), b = shape_of(points_b);
     const vSHAPE both = united(a, b), common = intersected(a, b);
@@ -129,10 +163,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(std::abs(area_of(both) + area_of(common) - areas) <= bound);
     require(std::abs(area_of(united(b, a)) - area_of(both)) <= bound);
 
-    for (const int distance : {3, -3, 200}) {
+    const vSHAPE outline = united(a, vSHAPE());
+    for (const int distance : {3, -3, 200, -5 * unit, 9 * unit})
+        check_distance(outline, distance, distance % 2);
+    for (const int distance : {INT32_MIN, INT32_MAX}) {
         vSHAPE moved(a);
-        require(moved.Shrink(distance, distance % 2) == 1 && (moved.empty() || moved.IsValid()));
+        require(moved.Shrink(distance, 0) == 1 && (moved.empty() || moved.IsValid()));
     }
+
+    vSHAPE smooth(a);
+    smooth.Smooth();
+    require(smooth.IsValid() == a.IsValid() && smooth.Closed() == a.Closed());
 
     vSHAPE not_a(a);
     not_a.Negate();
