@@ -63,10 +63,11 @@ std::vector<operation> operations()
 // Whichever allocation fails, of a shape that owns its points and of one that must take a copy of them first.
 TEST(ShapeMemory, AnOperationIsDoneOrAnswersZeroAndLeavesTheShape)
 {
-    for (const auto& [name, shape, run] : operations()) {
+    for (const operation& o : operations()) {
+        const vSHAPE& shape = o.shape;
         const byte_vector form = stream_form(shape);
         for (const bool borrowed : {false, true}) {
-            SCOPED_TRACE(std::string(name) + (borrowed ? ", borrowed" : ""));
+            SCOPED_TRACE(std::string(o.name) + (borrowed ? ", borrowed" : ""));
             const auto attempt = [&](std::uint64_t passing, memory_failure kind) {
                 loaded_stream stream(form);
                 vSHAPE tried(shape);
@@ -74,7 +75,7 @@ TEST(ShapeMemory, AnOperationIsDoneOrAnswersZeroAndLeavesTheShape)
                     stream >> tried;
                 vMemFailAfter(passing, kind);
                 const std::uint64_t before = vMemAllocations();
-                const int done = run(tried);
+                const int done = o.run(tried);
                 const std::uint64_t allocations = vMemAllocations() - before;
                 vMemNeverFail();
                 return std::tuple(done, text_of(tried), allocations);
