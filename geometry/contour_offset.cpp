@@ -5,6 +5,7 @@
 
 #include "geometry/contour.h"
 #include "geometry/contour_index.h"
+#include "geometry/crossings.h"
 #include "geometry/shape_boolean.h"
 
 namespace klv {
@@ -20,6 +21,14 @@ std::int32_t divided(std::int32_t v, std::int64_t divisor)
 {
     const std::int64_t half = v < 0 ? -divisor / 2 : divisor / 2;
     return limited((v + half) / divisor);
+}
+
+bool crosses_itself(std::span<const POINT> contour)
+{
+    const int count = static_cast<int>(contour.size());
+    const edge_outline outline(contour, {&count, 1});
+    const auto found = find_crossings(outline, outline_tree(outline), true);
+    return !found.crossings.empty() || !found.overlaps.empty();
 }
 
 } // namespace
@@ -72,7 +81,9 @@ void offset_contours(
             const contour_move move{
                 distance, sign_of(doubled_area(contour)) > 0 ? vWINDING_CLOCKWISE : vWINDING_ANTICLOCKWISE};
             source.assign(contour.begin(), contour.end());
-            EliminateVanishingSpikes(source, move);
+            // A cut that runs across other parts of the contour would keep what they sweep over.
+            if (EliminateVanishingSpikes(source, move) && crosses_itself(source))
+                source.assign(contour.begin(), contour.end());
             if (source.size() <= 2)
                 return;
             const offset_corners corners(source, move);

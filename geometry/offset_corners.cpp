@@ -71,26 +71,30 @@ bool CutoffSpike(
     return true;
 }
 
-void EliminateVanishingSpikes(geometry_list<POINT>& contour, const contour_move& move)
+bool EliminateVanishingSpikes(geometry_list<POINT>& contour, const contour_move& move)
 {
     constexpr int sharpest_kept = 45; // degrees
     const std::int32_t d = truncate_saturated(move.distance);
     const std::size_t n = contour.size();
     geometry_list<std::uint8_t> repeated(n, 0);
     const POINT* last = nullptr;
+    bool any_cut = false;
     for (std::size_t i = 0; i < n; ++i) {
         const POINT& prev = contour[(i == 0 ? n : i) - 1];
         const POINT& next = contour[i + 1 == n ? 0 : i + 1];
         POINT cut;
         if (!opens(prev, contour[i], next, move) && turns_inside_out(prev, contour[i], next, move.distance)
-            && CutoffSpike(prev, contour[i], next, d, cut, sharpest_kept))
+            && CutoffSpike(prev, contour[i], next, d, cut, sharpest_kept)) {
             contour[i] = cut;
+            any_cut = true;
+        }
         repeated[i] = last != nullptr && contour[i] == *last;
         last = &contour[i];
     }
     RemoveSpecifiedSpikes(contour, repeated);
     while (contour.size() > 1 && contour.back() == contour.front())
         contour.pop_back();
+    return any_cut;
 }
 
 void RemoveSpecifiedSpikes(geometry_list<POINT>& contour, std::span<const std::uint8_t> flags)

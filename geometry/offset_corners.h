@@ -28,7 +28,8 @@ bool CutoffSpike(
     const POINT& prev, const POINT& v, const POINT& next, std::int32_t d, POINT& out, int angle_limit);
 
 /// Cuts the sharp spikes that moving the contour would turn inside out, and drops repeated points.
-void EliminateVanishingSpikes(geometry_list<POINT>& contour, const contour_move& move);
+/// \return whether there was one, so that the contour may cross itself now
+bool EliminateVanishingSpikes(geometry_list<POINT>& contour, const contour_move& move);
 
 /// Removes the points whose byte in flags, one for each point, is not 0.
 void RemoveSpecifiedSpikes(geometry_list<POINT>& contour, std::span<const std::uint8_t> flags);

@@ -153,8 +153,9 @@ public:
     /// distance: outlines become smaller and holes larger. Corners keep their mitres; with bevel, those longer
     /// than one and a half distances are cut. Spikes under 45 degrees that would all but vanish are cut off
     /// first. Every point of the result is at least the distance less one unit from the old outline, less two
-    /// where coordinates pass 2^28. The result is a polygon, and empty when nothing is left; an open shape stays
-    /// as it is.
+    /// where coordinates pass 2^28; what contours that cross leave between them counts as nothing where it is
+    /// thinner than a quarter of a unit. The result is a polygon, and empty when nothing is left; an open shape
+    /// stays as it is.
     /// \return 1; 0, the shape as it was, when memory is out or the result would have more than max_points
     int Shrink(int distance, int bevel) noexcept;
     /// Moves the edges of a closed convex polygon outwards, so far that a box or an ellipse with the half axes dx
