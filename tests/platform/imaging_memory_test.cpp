@@ -68,9 +68,10 @@ protected:
 
 TEST_F(ImagingMemory, EveryAllocationThatFailsIsAnswered)
 {
-    std::vector<imaging_format> formats{format_bmp, format_png, format_jpeg, format_tiff, format_photoshop};
+    std::vector<imaging_format> formats{
+        format_bmp, format_png, format_jpeg, format_tiff, format_photoshop, format_targa};
     if (magick_is_there())
-        formats.insert(formats.end(), {format_pcx, format_targa});
+        formats.push_back(format_pcx);
     stream_.bytes.reserve(1 << 20); // so that the callbacks need no memory
     for (const imaging_format format : formats)
         for (const std::int32_t bits : {8, 24}) {

@@ -194,12 +194,15 @@ protected:
         bytes = stream_.bytes;
         return result;
     }
-    /// Whether GraphicsMagick, which some formats need, is there: it answers for a Targa file of one pixel.
+    /// Whether GraphicsMagick, which some formats need, is there: it answers for a PCX file of one pixel.
     bool magick_is_there()
     {
+        constexpr std::size_t header_bytes = 128, planes = 65;
+        file_bytes file{10, 5, 1, 8};
+        file.resize(header_bytes + 2);
+        file[planes] = 1;
         image probe;
-        return read({0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 24, 0, 1, 2, 3}, probe)
-            != imaging::imaging_library_missing;
+        return read(file, probe) != imaging::imaging_library_missing;
     }
 
     imaging_module module_;

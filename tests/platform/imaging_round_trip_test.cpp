@@ -55,7 +55,7 @@ TEST_F(ImagingRoundTrip, IsExactForEveryWriterAtEveryDepth)
         {"TIFF", format_tiff, {1, 4, 8, 24}, false, true},
         {"Photoshop", format_photoshop, {8, 24}, false, true},
         {"PCX", format_pcx, {1, 4, 8, 24}, true, false},
-        {"Targa", format_targa, {8, 24}, true, false},
+        {"Targa", format_targa, {8, 24}, false, true},
     };
     const bool magick = magick_is_there();
     const std::pair<std::int32_t, std::int32_t> sizes[] = {{1, 1}, {7, 3}, {300, 41}, {1000, 40}};
@@ -82,7 +82,7 @@ TEST_F(ImagingRoundTrip, IsExactForEveryWriterAtEveryDepth)
                 }
     }
     if (!magick)
-        GTEST_SKIP() << "GraphicsMagick is not installed: PCX and Targa were left out";
+        GTEST_SKIP() << "GraphicsMagick is not installed: PCX was left out";
 }
 
 TEST_F(ImagingRoundTrip, KeepsTheResolutionWhereTheFormatHasOne)
