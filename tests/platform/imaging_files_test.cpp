@@ -360,8 +360,6 @@ protected:
 
 TEST_F(SmallFormats, PcxKinds)
 {
-    if (!magick_is_there())
-        GTEST_SKIP() << "GraphicsMagick is not installed";
     expect_read({
         {"PCX of 1 bit", pcx_file(1, 1, 8, 2, {0, 0, 0, 255, 255, 255}, {0x0F, 0}), 1,
             {0, 0, 0, 0, white, white, white, white}},

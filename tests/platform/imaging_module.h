@@ -194,16 +194,6 @@ protected:
         bytes = stream_.bytes;
         return result;
     }
-    /// Whether GraphicsMagick, which some formats need, is there: it answers for a PCX file of one pixel.
-    bool magick_is_there()
-    {
-        constexpr std::size_t header_bytes = 128, planes = 65;
-        file_bytes file{10, 5, 1, 8};
-        file.resize(header_bytes + 2);
-        file[planes] = 1;
-        image probe;
-        return read(file, probe) != imaging::imaging_library_missing;
-    }
 
     imaging_module module_;
     redirected_bytes stream_;
