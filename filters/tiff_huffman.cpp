@@ -28,10 +28,11 @@ void set_bits(std::span<std::uint8_t> row, std::uint32_t from, std::uint32_t cou
 
 } // namespace
 
-oFILTER_STATUS ReadHuffBits(tiff_bits& in, std::uint32_t width, std::span<std::uint8_t> row)
+namespace {
+
+/// Paints the runs of a row, white and black by turns.
+oFILTER_STATUS read_runs(tiff_bits& bits, std::uint32_t width, std::span<std::uint8_t> row)
 {
-    std::ranges::fill(row, std::uint8_t{0});
-    tiff_bits bits = in;
     bool black = false;
     for (std::uint32_t x = 0; x < width;) {
         std::uint32_t run = 0;
@@ -52,8 +53,18 @@ oFILTER_STATUS ReadHuffBits(tiff_bits& in, std::uint32_t width, std::span<std::u
         black = !black;
     }
     bits.align();
-    in = bits;
     return oFILTER_OK;
+}
+
+} // namespace
+
+oFILTER_STATUS ReadHuffBits(tiff_bits& in, std::uint32_t width, std::span<std::uint8_t> row)
+{
+    std::ranges::fill(row, std::uint8_t{0});
+    tiff_bits bits = in;
+    const oFILTER_STATUS status = read_runs(bits, width, row);
+    in = bits; // after an error too: the cursor may have gone on
+    return status;
 }
 
 } // namespace klv

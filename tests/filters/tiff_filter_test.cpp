@@ -342,6 +342,25 @@ TEST(TiffFilter, KeepsTheRowsBeforeTheDamage)
     }
 }
 
+// The row that runs out has taken bytes that the rows after it must not be looked for in.
+TEST(TiffFilter, KeepsTheRowsBeforeHuffmanCodesRunOut)
+{
+    test::bit_packer code;
+    for (const char* bits : {"10011", "000"}) // white 8, then up to the byte
+        code.put(bits);
+    for (int i = 0; i < 9; ++i)
+        for (const char* bits : {"00110101", "0000110111"}) // white 0, black 0
+            code.put(bits);
+    tiff_file file{.photometric = 0, .bits = {1}, .rows = {tiff_file::row(8, 0), tiff_file::row(8, 0)}};
+    file.more_tags[259] = {2};
+    file.more_tags[273] = {static_cast<std::uint32_t>(file.bytes().size())}; // behind all else
+    auto bytes = file.bytes();
+    bytes.insert(bytes.end(), code.bytes.begin(), code.bytes.end());
+    oMEMDIB dib;
+    EXPECT_EQ(read(bytes, dib), oFILTER_FAILED);
+    EXPECT_EQ(dib.Height(), 2);
+}
+
 TEST(TiffFilter, EndsInAnAnswerWhereverTheFileIsCut)
 {
     tiff_file file = picture(3, {4});
