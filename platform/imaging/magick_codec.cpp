@@ -18,8 +18,10 @@ constexpr std::uint64_t free_pixels = 1 << 20;
 /// have fewer bits where few colours occur, and more where the file's palette is no palette.
 class line_adapter {
 public:
-    line_adapter(const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
+    line_adapter(
+        const file_info& info, bitmap_handle& bitmap, bool mirrored, load_callback callback, void* user)
         : info_(info)
+        , mirrored_(mirrored)
         , bitmap_(bitmap)
         , callback_(callback)
         , user_(user)
@@ -38,7 +40,7 @@ private:
     {
         if (row == 0)
             copy_colours(from);
-        if (from.bits_per_pixel == bitmap_.bits_per_pixel)
+        if (from.bits_per_pixel == bitmap_.bits_per_pixel && !mirrored_)
             return callback_(info_, bitmap_, band, row, lines, user_);
         const auto line_bytes = static_cast<std::size_t>(bitmap_.bytes_per_line);
         band_.assign(line_bytes * static_cast<std::size_t>(lines), 0);
@@ -59,13 +61,18 @@ private:
     {
         if (bitmap_.bits_per_pixel == 24) {
             expand_to_24(from, source, line);
+            if (mirrored_)
+                mirror_pixels(line, indices_.size(), 3);
             return;
         }
         unpack_indices(source, indices_.data(), indices_.size(), from.bits_per_pixel);
+        if (mirrored_)
+            mirror_pixels(indices_.data(), indices_.size(), 1);
         pack_indices(indices_.data(), line, indices_.size(), bitmap_.bits_per_pixel);
     }
 
     const file_info& info_;
+    bool mirrored_;
     bitmap_handle& bitmap_;
     load_callback callback_;
     void* user_;
@@ -84,8 +91,8 @@ bool promises_too_much(image_io& in, const file_info& info, std::uint64_t expans
     return pixels > free_pixels && pixels / expansion > in.size();
 }
 
-imaging_result magick_load(const char* format, image_io& in, const file_info& info, bitmap_handle& bitmap,
-    load_callback callback, void* user)
+imaging_result magick_load(const magick_source& source, image_io& in, const file_info& info,
+    bitmap_handle& bitmap, load_callback callback, void* user)
 {
     const magick_library* const library = magick_library::get();
     if (!library)
@@ -94,7 +101,7 @@ imaging_result magick_load(const char* format, image_io& in, const file_info& in
     {
         const std::vector<std::uint8_t> file = in.read_all();
         const imaging_result converted
-            = library->to_windows_bitmap(format, file, {info.width, info.height}, bitmap_file);
+            = library->to_windows_bitmap(source.format, file, {info.width, info.height}, bitmap_file);
         if (converted != imaging_ok)
             return converted;
     }
@@ -116,8 +123,31 @@ imaging_result magick_load(const char* format, image_io& in, const file_info& in
         converted_bitmap.bits_per_pixel = 24;
     converted_bitmap.bytes_per_line = static_cast<std::int32_t>(
         (std::int64_t{bitmap.width} * converted_bitmap.bits_per_pixel + 31) / 32 * 4);
-    line_adapter adapter(info, bitmap, callback, user);
+    line_adapter adapter(info, bitmap, source.mirrored, callback, user);
     return bmp::load(converted, converted_info, converted_bitmap, line_adapter::pass_on, &adapter);
+}
+
+imaging_result magick_save(const char* format, image_io& out, const bitmap_handle& bitmap, line_source& lines)
+{
+    const magick_library* const library = magick_library::get();
+    if (!library)
+        return imaging_library_missing;
+    if (bitmap.bits_per_pixel > 24)
+        return imaging_unsupported;
+    std::vector<std::uint8_t> file;
+    {
+        memory_file memory;
+        const redirection io = memory.io();
+        image_io bitmap_file(io, nullptr, image_io::access::writing);
+        const imaging_result saved = bmp::save(bitmap_file, bitmap, lines, best_quality);
+        if (saved != imaging_ok)
+            return saved;
+        const imaging_result converted
+            = library->from_windows_bitmap(format, memory.bytes(), {bitmap.width, bitmap.height}, file);
+        if (converted != imaging_ok)
+            return converted;
+    }
+    return out.write(file) ? imaging_ok : imaging_write_error;
 }
 
 } // namespace klv::imaging

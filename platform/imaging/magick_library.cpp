@@ -20,7 +20,9 @@ constexpr int pixels_resource = 5;
 constexpr int threads_resource = 6;
 /// Pixels that a reader may want beside those of the picture itself.
 constexpr std::int64_t spare_pixels = 1 << 20;
+/// No compression, and the one that the target format is known for.
 constexpr int uncompressed = 1;
+constexpr int as_usual = 0;
 /// Room for the exception record that the library wants to be given.
 constexpr std::size_t exception_bytes = 512;
 
@@ -168,6 +170,12 @@ imaging_result magick_library::to_windows_bitmap(const char* format, std::span<c
     dimension size, std::vector<std::uint8_t>& bitmap_file) const
 {
     return convert(format, file, size, "BMP", uncompressed, bitmap_file);
+}
+
+imaging_result magick_library::from_windows_bitmap(const char* format,
+    std::span<const std::uint8_t> bitmap_file, dimension size, std::vector<std::uint8_t>& file) const
+{
+    return convert("BMP", bitmap_file, size, format, as_usual, file);
 }
 
 } // namespace klv::imaging

@@ -24,6 +24,8 @@ public:
     /// a file that has several; the library takes no more memory than it needs for such a picture.
     [[nodiscard]] imaging_result to_windows_bitmap(const char* format, std::span<const std::uint8_t> file,
         dimension size, std::vector<std::uint8_t>& bitmap_file) const;
+    [[nodiscard]] imaging_result from_windows_bitmap(const char* format,
+        std::span<const std::uint8_t> bitmap_file, dimension size, std::vector<std::uint8_t>& file) const;
 
 private:
     // The C interface of the library, as its wand has it. A wand is a pointer to nothing we know.

@@ -78,7 +78,7 @@ imaging_result info(image_io& in, file_info& info)
 imaging_result load(
     image_io& in, const file_info& info, bitmap_handle& bitmap, load_callback callback, void* user)
 {
-    return magick_load("PCD", in, info, bitmap, callback, user);
+    return magick_load({.format = "PCD"}, in, info, bitmap, callback, user);
 }
 
 imaging_result dimensions(image_io& in, std::vector<dimension>& sizes)

@@ -194,6 +194,13 @@ protected:
         bytes = stream_.bytes;
         return result;
     }
+    /// Whether GraphicsMagick, which some formats need, is there: it answers for a Targa file of one pixel.
+    bool magick_is_there()
+    {
+        image probe;
+        return read({0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 24, 0, 1, 2, 3}, probe)
+            != imaging::imaging_library_missing;
+    }
 
     imaging_module module_;
     redirected_bytes stream_;
