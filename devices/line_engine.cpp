@@ -42,7 +42,8 @@ void LINEINFO::Init(vDEVICE& device) noexcept
     const vLINESPEC& line = device.LineSpec();
     device_ = &device;
     dc_ = device.ActivateDC();
-    width_ = std::clamp(device.LHtoDH(line.Width()), 1, widest_line);
+    const int thinnest = device.RecordsNatively() ? 1 : ThinnestLine(dc_);
+    width_ = std::clamp(device.LHtoDH(line.Width()), thinnest, widest_line);
     dashed_ = line.LineType() != vLINE_SOLID;
     join_ = join_of(line.CornerType());
     cap_ = line.DashType();

@@ -97,14 +97,6 @@ void make_bitmap_tile(drawing_context& dc, const brush_object& brush, INT rop2, 
     }
 }
 
-// Patterns are drawn for pixels of the resolution that programs know; on a surface whose pixels are finer
-// each of theirs becomes a square.
-INT pixels_of_pattern(const drawing_context& dc)
-{
-    constexpr INT common_resolution = 96;
-    return std::max(1, dc.dots_per_inch_x / common_resolution);
-}
-
 void magnify(op_tile& tile, INT factor)
 {
     if (factor == 1)
@@ -127,10 +119,10 @@ bool make_brush_tile(drawing_context& dc, const brush_object& brush, INT rop2, o
     tile.origin_y = dc.state.brush_origin.y;
     if (brush.log.lbStyle == BS_HATCHED) {
         make_hatch_tile(dc, brush, rop2, tile);
-        magnify(tile, pixels_of_pattern(dc));
+        magnify(tile, dc.pixels_of_common_pixel());
     } else if (brush.tile) {
         make_bitmap_tile(dc, brush, rop2, tile);
-        magnify(tile, pixels_of_pattern(dc));
+        magnify(tile, dc.pixels_of_common_pixel());
     } else if (brush.log.lbStyle == BS_SOLID) {
         const rgb colour = resolve_colour(dc, brush.log.lbColor);
         if (needs_dither(s, colour, brush.log.lbColor)) {

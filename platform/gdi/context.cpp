@@ -226,6 +226,12 @@ BOOL SetDeviceResolution(HDC handle, INT dots_per_inch) noexcept
     return TRUE;
 }
 
+INT ThinnestLine(HDC handle) noexcept
+{
+    const auto* dc = find_context(handle);
+    return dc ? dc->pixels_of_common_pixel() : 1;
+}
+
 BOOL GdiFlush() noexcept { return TRUE; }
 
 } // namespace klv

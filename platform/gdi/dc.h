@@ -7,6 +7,7 @@
 #include "platform/gdi/region.h"
 #include "platform/gdi/surface.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -79,6 +80,10 @@ struct drawing_context : gdi_object {
     std::vector<dc_state> saved;
     INT dots_per_inch_x = 96;
     INT dots_per_inch_y = 96;
+
+    /// Programs know pixels of 96 to the inch. On a surface whose pixels are finer, a pixel of a pattern and
+    /// the width of a thin line are so many of them.
+    [[nodiscard]] INT pixels_of_common_pixel() const { return std::max(1, dots_per_inch_x / 96); }
 
     /// The pixels drawn on; the screen's are allocated here when they are first asked for. Its top is null
     /// when there is nothing to draw on.

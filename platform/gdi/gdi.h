@@ -89,6 +89,9 @@ INT Escape(HDC dc, INT function, INT size, const char* in, void* out) noexcept;
 
 /// Sets what LOGPIXELSX and LOGPIXELSY answer (96 at first), for surfaces drawn at a multiple of their size.
 BOOL SetDeviceResolution(HDC dc, INT dots_per_inch) noexcept;
+
+/// Width in device pixels of the thinnest lines: a pixel of 96 to the inch, at least one.
+INT ThinnestLine(HDC dc) noexcept;
 /// Size of the in-memory screen in pixels (1280 x 1024 at first); its pixels start over.
 BOOL SetScreenSize(INT width, INT height) noexcept;
 /// The process's screen draws with 8 bits and a palette, or with 16, 24 or 32 bits (32 at first).

@@ -53,10 +53,9 @@ stroker::stroker(drawing_context& dc)
     const surface& s = dc.target();
     if (pen.lopnStyle == PS_NULL || s.top == nullptr || dc.state.rop2 == R2_NOP)
         return;
-    width_ = std::clamp(
-        std::abs(dc.state.map.width_to_device(std::min(pen.lopnWidth.x, widest_pen))), 1, widest_pen);
-    if (!wide())
-        dashes_ = dashes_of(pen.lopnStyle);
+    const INT width = std::abs(dc.state.map.width_to_device(std::min(pen.lopnWidth.x, widest_pen)));
+    dashes_ = width <= 1 ? dashes_of(pen.lopnStyle) : nullptr;
+    width_ = dashes_ ? 1 : std::clamp(width, dc.pixels_of_common_pixel(), widest_pen);
     const auto painter_of = [&](COLORREF colour) {
         const rgb c = resolve_colour(dc, colour);
         return solid_painter(s, make_pixel_op(dc.state.rop2, pixel_of(s, c), used_bits(s)));

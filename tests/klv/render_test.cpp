@@ -67,6 +67,33 @@ TEST(Render, FillsItsPartOfThePageOnTheBackground)
     }
 }
 
+// Samples have places of their own, and the thinnest line is as wide as a pixel wherever it lies.
+TEST(Render, SamplesShowWhatLiesBetweenPixels)
+{
+    for (const vCOLOUR& ink : {vCOLOUR(0, 0, 0), vCOLOUR(200, 0, 0)}) {
+        for (const int x : {400, 403, 405, 407}) { // in tenths of a pixel
+            vMETAFILE picture;
+            picture.PhysicalExtents(100000, 100000);
+            picture.FillSpec(vFILLSPEC(vFILL_SOLID, ink, ink, vANGLE(), vFILL_ALTERNATE, vPOINT()));
+            picture.LineSpec(vLINESPEC(vLINE_NONE, ink, 0, vCORNER_ROUND, vDASH_ROUND, nullptr, -1, -1));
+            picture.DrawRect(vRECT(0, 0, x, 500));
+            picture.LineSpec(vLINESPEC(vLINE_SOLID, ink, 0, vCORNER_ROUND, vDASH_ROUND, nullptr, -1, -1));
+            picture.DrawLine(vPOINT(x, 600), vPOINT(x, 1000));
+            picture.LogicalExtents(0, 1000, 0, 1000);
+            picture.EndMetaFile();
+            const auto bitmap = render(picture, {.width = 100});
+            const auto covered = [&](int y) {
+                double sum = 0;
+                for (int column = 0; column < bitmap->Width(); ++column)
+                    sum += (255 - pixel(*bitmap, column, y)[1]) / 255.0;
+                return sum;
+            };
+            EXPECT_NEAR(covered(20), x / 10.0, 0.25) << x;
+            EXPECT_NEAR(covered(80), 1, 0.01) << x;
+        }
+    }
+}
+
 // A large page is drawn in bands; nothing may show where they meet.
 TEST(Render, BandsMeetWithoutASeam)
 {

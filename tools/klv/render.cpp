@@ -19,8 +19,7 @@ constexpr int shortest_long_side = 16;
 constexpr int longest_long_side = 4096;
 constexpr int longest_side = 32767;
 
-// One logical unit of the devices is one output pixel.
-constexpr int logical_units_per_inch = 96;
+constexpr int output_pixels_per_inch = 96;
 
 // A band of the supersampled surface takes about this much memory. Its rows are a multiple of the height of
 // brush patterns, so that patterns go on from band to band.
@@ -47,20 +46,24 @@ public:
         if (!device_.GetDIBSectionInfo(&info, &bits_) || !bits_)
             throw failure("memory ran out");
         dc_ = device_.GetWinDC();
-        SetDeviceResolution(dc_, logical_units_per_inch * antialias_);
-        device_.LogUnitsPerHorzInch(logical_units_per_inch);
-        device_.LogUnitsPerVertInch(logical_units_per_inch);
+        // A logical unit of the device is one of its pixels, so that nothing is rounded to output pixels.
+        const int pixels_per_inch = output_pixels_per_inch * antialias_;
+        SetDeviceResolution(dc_, pixels_per_inch);
+        device_.LogUnitsPerHorzInch(pixels_per_inch);
+        device_.LogUnitsPerVertInch(pixels_per_inch);
     }
 
     ~band_surface() { device_.ReleaseWinDC(); }
     band_surface(const band_surface&) = delete;
     band_surface& operator=(const band_surface&) = delete;
 
-    void draw(vMETAFILE& picture, const vRECT& page, int first_row)
+    // The rows of a page from one on.
+    void draw(vMETAFILE& picture, const vSIZE& page, int first_row)
     {
         clear();
-        device_.Origin(vPOINT(0, -first_row));
-        picture.Draw(device_, page, nullptr, vPOINT(), 0.0, 0, nullptr, nullptr);
+        device_.Origin(vPOINT(0, -first_row * antialias_));
+        const vRECT samples(vPOINT(0, 0), page.Width() * antialias_, page.Height() * antialias_);
+        picture.Draw(device_, samples, nullptr, vPOINT(), 0.0, 0, nullptr, nullptr);
     }
 
     // Copies the first rows of the band into a bitmap whose rows are stored bottom row first.
@@ -128,7 +131,7 @@ double layers_of(vMETAFILE& picture, const vSIZE& size)
     const int width = to_pixels(size.Width() * scale), height = to_pixels(size.Height() * scale);
     band_surface trial(width, height, 1, vCOLOUR());
     const gdi::paint_meter meter;
-    trial.draw(picture, vRECT(vPOINT(0, 0), width, height), 0);
+    trial.draw(picture, {width, height}, 0);
     return static_cast<double>(meter.pixels()) / (double{1} * width * height);
 }
 
@@ -154,7 +157,6 @@ std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& option
 {
     vMETAFILE::TextReplay(vTEXTREPLAY::as_text);
     vSIZE size = output_size(picture, options);
-    const vRECT page(vPOINT(0, 0), size.Width(), size.Height());
     std::unique_ptr<oMEMDIB> out(new oMEMDIB(0));
     if (!out
         || !out->SetHeader(oDIBHEADER(size.Width(), size.Height(), options.dpi, options.dpi, oMODEL_RGB24))
@@ -164,7 +166,7 @@ std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& option
     const int band = rows_in_band(size.Width(), size.Height(), antialias);
     band_surface surface(size.Width(), band, antialias, options.background);
     for (int row = 0; row < size.Height(); row += band) {
-        surface.draw(picture, page, row);
+        surface.draw(picture, size, row);
         if (interrupted())
             throw failure("cancelled");
         surface.reduce_into(*out, row, std::min(band, size.Height() - row));
