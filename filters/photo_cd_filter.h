@@ -1,27 +1,15 @@
 #pragma once
 
-#include "filters/bitmap_filter.h"
-#include "filters/resolution_table.h"
+#include "filters/multi_resolution_filter.h"
 
 namespace klv {
 
-/// Photo CD image packs, of several resolutions. Known by their extension only and only read.
-class PCDFILTER : public oBMFILTER {
+/// Photo CD image packs.
+class PCDFILTER : public multi_resolution_filter {
 public:
-    using oBMFILTER::Convert;
-
     PCDFILTER();
-    oFILTER_STATUS CheckStream(vARCHIVE& in) override;
-    int DoesExport() const override { return 0; }
     vSTRING GetID() const override;
     vSTRING GetDescription() const override;
-    std::uint32_t GetResolutionCount(vSTRING file_name) override;
-    vSIZE GetResolution(std::uint32_t index) override { return resolutions_[index]; }
-    /// UNSUPPORTED: the format is only read.
-    oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
-
-private:
-    resolution_table resolutions_;
 };
 
 } // namespace klv
