@@ -240,6 +240,41 @@ constexpr std::uint16_t upper_half(std::uint16_t a, std::uint16_t b)
     }
 }
 
+/// Consecutive rows: a first and a last one with weights of their own, and a common weight for those between.
+struct weighted_rows {
+    const std::uint8_t* first;
+    std::ptrdiff_t stride;
+    std::uint16_t first_weight;
+    std::uint16_t last_weight;
+    std::uint16_t inner_weight;
+    int inner_shift; ///< of the sum that the inner weight is for
+};
+
+/// The same as adding first and last, then the sum of those between, in one pass.
+template <std::size_t Inner>
+[[gnu::noinline]] void mix_rows(const weighted_rows& rows, std::uint16_t* __restrict mixed, std::size_t bytes)
+{
+    const auto row = [&](std::size_t i) { return rows.first + static_cast<std::ptrdiff_t>(i) * rows.stride; };
+    const std::uint8_t *const first = row(0), *const last = row(Inner + 1);
+    const std::uint8_t *const b = row(1), *const c = row(std::min<std::size_t>(2, Inner)),
+                              *const d = row(std::min<std::size_t>(3, Inner));
+    const weighted_rows w = rows;
+    for (std::size_t i = 0; i < bytes; ++i) {
+        std::uint16_t sum = b[i];
+        if constexpr (Inner > 1)
+            sum = static_cast<std::uint16_t>(sum + c[i]);
+        if constexpr (Inner > 2)
+            sum = static_cast<std::uint16_t>(sum + d[i]);
+        mixed[i]
+            = static_cast<std::uint16_t>(upper_half(static_cast<std::uint16_t>(first[i] << 8), w.first_weight)
+                + upper_half(static_cast<std::uint16_t>(last[i] << 8), w.last_weight)
+                + upper_half(static_cast<std::uint16_t>(sum << w.inner_shift), w.inner_weight));
+    }
+}
+
+constexpr std::int32_t most_rows_at_once = 3;
+constexpr std::array mix_at_once{mix_rows<1>, mix_rows<2>, mix_rows<3>};
+
 /// The weighted sum of a span of rows, with 7 bits of fraction. Everything fits 16 bits.
 class row_mixer {
 public:
@@ -274,14 +309,20 @@ private:
 
     void mix_three(const pixel_rows& source, const axis_span& span, std::int32_t inner_rows)
     {
-        sum_rows(source, span.first + 1, inner_rows, mixed_bytes_, sums_.data());
         // As many bits as the sums leave free in 16, and as many fewer in their weight.
         int shift = 0;
         while (inner_rows << (shift + 1) <= most_summed_rows)
             ++shift;
+        const auto inner_weight = static_cast<std::uint16_t>((span.inner_weight << 7) >> shift);
+        if (inner_rows <= most_rows_at_once) {
+            const weighted_rows rows{source.row(span.first), source.stride, half_weight(span.first_weight),
+                half_weight(span.last_weight), inner_weight, shift};
+            mix_at_once[inner_rows - 1](rows, mixed_.data(), mixed_bytes_);
+            return;
+        }
+        sum_rows(source, span.first + 1, inner_rows, mixed_bytes_, sums_.data());
         mix_two(source, span);
-        add_weighted(sums_.data(), shift, static_cast<std::uint16_t>((span.inner_weight << 7) >> shift),
-            mixed_.data(), mixed_bytes_);
+        add_weighted(sums_.data(), shift, inner_weight, mixed_.data(), mixed_bytes_);
     }
 
     void mix_many(const pixel_rows& source, const axis_span& span)
