@@ -29,7 +29,7 @@ int colours_of(HDC dc) noexcept
 // ---- Construction --------------------------------------------------------------------------------------
 
 vDEVICE::vDEVICE(HDC dc) noexcept
-    : font_ratio_(short {1})
+    : font_ratio_(short{1})
     , dc_(dc)
 {
     if (dc_) {

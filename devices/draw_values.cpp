@@ -7,20 +7,14 @@
 /// What the values below this floor ask of devices: to be drawn, and to be flattened through the screen.
 namespace klv {
 
-void vRECT::Draw(vDEVICE& device) const
-{
-    device.DrawRect(*this);
-}
+void vRECT::Draw(vDEVICE& device) const { device.DrawRect(*this); }
 
 void vSTRING::Draw(vDEVICE& device, const vRECT& box, vTEXTALIGN align) const
 {
     device.DrawTextA(*this, box, align, 0, vPOINT(), 0.0);
 }
 
-void vSHAPE::Draw(vDEVICE& device) const noexcept
-{
-    device.DrawShape(*this);
-}
+void vSHAPE::Draw(vDEVICE& device) const noexcept { device.DrawShape(*this); }
 
 int vSHAPE::GetShapeAsPoints(POINT** points, int** counts) const noexcept
 {

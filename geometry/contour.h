@@ -18,8 +18,8 @@ namespace klv {
 [[nodiscard]] std::int32_t ContourArea(std::span<const POINT> contour, bool absolute_terms) noexcept;
 [[nodiscard]] vWINDING_DIRECTION ContourDirection(std::span<const POINT> contour) noexcept;
 [[nodiscard]] vWINDING_DIRECTION TriangleDirection(const POINT& a, const POINT& b, const POINT& c) noexcept;
-/// The direction from one point to another in whole degrees, -180 to 180, by way of hundredths: halves of these
-/// round up twice.
+/// The direction from one point to another in whole degrees, -180 to 180, by way of hundredths: halves of
+/// these round up twice.
 [[nodiscard]] int EdgeAngle(const POINT& from, const POINT& to) noexcept;
 void ReverseContour(std::span<POINT> contour) noexcept;
 

@@ -113,8 +113,8 @@ public:
     /// Appends a point that a curve joins to the open contour at the end of the shape; without one the point
     /// begins a contour, which is whole when the next one is appended.
     /// \param close whether a curve closes the contour from this point to its first
-    /// \param smooth whether the outline passes smoothly through the point that was last before, and when closing
-    /// through both ends of the closing curve
+    /// \param smooth whether the outline passes smoothly through the point that was last before, and when
+    /// closing through both ends of the closing curve
     int AppendAutoCurvePoint(const vPOINT& point, int close, int smooth) noexcept;
     void CloseAllContours(int close) noexcept;
     void AddShape(const vSHAPE& other) noexcept;
@@ -135,32 +135,32 @@ public:
     /// \param toleranceB greatest squared distance of a point from its curve
     int Smooth(int toleranceA = default_smooth_a, int toleranceB = default_smooth_b) noexcept;
 
-    // Areas. Shapes are taken by the even-odd rule and come out as polygons, outlines in direction 2 and holes
-    // in direction 1. Each answers 0 and leaves the shape as it was when either shape is open, memory is out
-    // or the result would have more than max_points.
+    // Areas. Shapes are taken by the even-odd rule and come out as polygons, outlines in direction 2 and
+    // holes in direction 1. Each answers 0 and leaves the shape as it was when either shape is open, memory
+    // is out or the result would have more than max_points.
 
     int Union(const vSHAPE& other) noexcept;
     int Intersection(const vSHAPE& other) noexcept;
     /// Turns a closed shape into its complement: every contour runs the other way, within a frame around
-    /// everything that travels with the shape's copies and is no part of its points. An open shape stays as it
-    /// is. Negating again gives the shape back. Union and Intersection heed the frame; nothing else sees it,
-    /// and stream forms leave it out.
+    /// everything that travels with the shape's copies and is no part of its points. An open shape stays as
+    /// it is. Negating again gives the shape back. Union and Intersection heed the frame; nothing else sees
+    /// it, and stream forms leave it out.
     void Negate() noexcept;
     /// Whether the shape stands for everything outside its contours.
     [[nodiscard]] bool negated() const noexcept { return framed_; }
 
     /// Moves the outline of a closed shape, taken by the even-odd rule, inwards, or outwards for a negative
-    /// distance: outlines become smaller and holes larger. Corners keep their mitres; with bevel, those longer
-    /// than one and a half distances are cut. Spikes under 45 degrees that would all but vanish are cut off
-    /// first. Every point of the result is at least the distance less one unit from the old outline, less two
-    /// where coordinates pass 2^28; what contours that cross leave between them counts as nothing where it is
-    /// thinner than a quarter of a unit. The result is a polygon, and empty when nothing is left; an open shape
-    /// stays as it is.
-    /// \return 1; 0, the shape as it was, when memory is out or the result would have more than max_points
+    /// distance: outlines become smaller and holes larger. Corners keep their mitres; with bevel, those
+    /// longer than one and a half distances are cut. Spikes under 45 degrees that would all but vanish are
+    /// cut off first. Every point of the result is at least the distance less one unit from the old outline,
+    /// less two where coordinates pass 2^28; what contours that cross leave between them counts as nothing
+    /// where it is thinner than a quarter of a unit. The result is a polygon, and empty when nothing is left;
+    /// an open shape stays as it is. \return 1; 0, the shape as it was, when memory is out or the result
+    /// would have more than max_points
     int Shrink(int distance, int bevel) noexcept;
-    /// Moves the edges of a closed convex polygon outwards, so far that a box or an ellipse with the half axes dx
-    /// and dy fits between the old and the new: vertical edges by dx, level ones by dy. Vertices are rounded to
-    /// nearest. \return 0, the shape as it was, for any other shape and when memory is out
+    /// Moves the edges of a closed convex polygon outwards, so far that a box or an ellipse with the half
+    /// axes dx and dy fits between the old and the new: vertical edges by dx, level ones by dy. Vertices are
+    /// rounded to nearest. \return 0, the shape as it was, for any other shape and when memory is out
     int Expand(unsigned int dx, unsigned int dy) noexcept;
 
     /// Draws the shape with the device's DrawShape (defined with the devices).

@@ -72,7 +72,7 @@ private:
         const auto b = bytes(N);
         std::uint32_t value = 0;
         for (std::size_t i = 0; i < b.size(); ++i)
-            value |= std::uint32_t {b[i]} << (8 * i);
+            value |= std::uint32_t{b[i]} << (8 * i);
         return value;
     }
     template <int N> std::uint32_t big()
