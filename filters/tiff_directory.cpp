@@ -24,6 +24,7 @@ enum tag : std::uint16_t {
     tag_photometric = 262,
     tag_fill_order = 266,
     tag_strip_offsets = 273,
+    tag_orientation = 274,
     tag_samples_per_pixel = 277,
     tag_rows_per_strip = 278,
     tag_x_resolution = 282,
@@ -243,6 +244,7 @@ private:
             image_.extra_sample_count = extra->count;
         setUWORD(tag_extra_samples, image_.first_extra_sample);
         setUWORD(tag_fill_order, image_.fill_order);
+        setUWORD(tag_orientation, image_.orientation);
         setUWORD(tag_sample_format, image_.sample_format);
     }
 
@@ -337,11 +339,11 @@ private:
         image_.colour_map_entries = static_cast<std::uint16_t>(count);
     }
 
-    static constexpr std::array<std::uint16_t, 19> tags{tag_width, tag_length, tag_bits_per_sample,
+    static constexpr std::array<std::uint16_t, 20> tags{tag_width, tag_length, tag_bits_per_sample,
         tag_compression, tag_photometric, tag_fill_order, tag_strip_offsets, tag_samples_per_pixel,
         tag_rows_per_strip, tag_x_resolution, tag_y_resolution, tag_planar_configuration,
         tag_grey_response_unit, tag_grey_response_curve, tag_resolution_unit, tag_predictor, tag_colour_map,
-        tag_extra_samples, tag_sample_format};
+        tag_extra_samples, tag_sample_format, tag_orientation};
 
     tiff_source& source_;
     TIFFIMAGE& image_;

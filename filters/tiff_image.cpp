@@ -38,12 +38,18 @@ bool known_compression(const TIFFIMAGE& image)
         || image.compression == tiff_lzw || image.compression == tiff_packbits;
 }
 
+/// Whether the first row is not the top one, from left to right.
+bool turned(const TIFFIMAGE& image)
+{
+    return image.orientation > tiff_top_left && image.orientation <= tiff_left_bottom;
+}
+
 /// False for bits and numbers that the own decoder would show, but wrongly; associated alpha is multiplied
 /// into the colours.
 bool plain_samples(const TIFFIMAGE& image)
 {
     return image.fill_order != tiff_least_significant_first
-        && image.first_extra_sample != tiff_associated_alpha
+        && image.first_extra_sample != tiff_associated_alpha && !turned(image)
         && (image.sample_format == tiff_unsigned || image.sample_format == tiff_undefined);
 }
 

@@ -34,6 +34,9 @@ enum tiff_predictors : std::uint16_t { tiff_no_predictor = 1, tiff_differences =
 
 enum tiff_fill_order : std::uint16_t { tiff_most_significant_first = 1, tiff_least_significant_first = 2 };
 
+/// Which sides of the picture the first row and the first column are; eight ways, of which the others turn
+/// it.
+enum tiff_orientation : std::uint16_t { tiff_top_left = 1, tiff_left_bottom = 8 };
 enum tiff_extra_sample : std::uint16_t { tiff_unspecified = 0, tiff_associated_alpha = 1 };
 enum tiff_sample_format : std::uint16_t { tiff_unsigned = 1, tiff_undefined = 4 };
 
@@ -71,6 +74,7 @@ struct TIFFIMAGE {
     std::uint32_t extra_sample_count = 0;
     std::uint16_t first_extra_sample = tiff_unspecified;
     std::uint16_t fill_order = tiff_most_significant_first;
+    std::uint16_t orientation = tiff_top_left;
     std::uint16_t sample_format = tiff_unsigned;
 
     // Set by CheckValidIFD.

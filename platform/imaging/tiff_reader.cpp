@@ -1,6 +1,7 @@
 #include "platform/imaging/pixel_lines.h"
 #include "platform/imaging/resolution.h"
 #include "platform/imaging/samples.h"
+#include "platform/imaging/sideways_picture.h"
 #include "platform/imaging/tiff_file.h"
 #include "platform/imaging/tiff_rows.h"
 
@@ -47,6 +48,19 @@ struct layout {
     [[nodiscard]] bool bottom_up() const
     {
         return orientation == ORIENTATION_BOTLEFT || orientation == ORIENTATION_BOTRIGHT;
+    }
+    /// The rows are the columns of what is shown.
+    [[nodiscard]] bool sideways() const
+    {
+        return orientation >= ORIENTATION_LEFTTOP && orientation <= ORIENTATION_LEFTBOT;
+    }
+    [[nodiscard]] bool from_the_right() const
+    {
+        return orientation == ORIENTATION_RIGHTTOP || orientation == ORIENTATION_RIGHTBOT;
+    }
+    [[nodiscard]] bool columns_bottom_up() const
+    {
+        return orientation == ORIENTATION_RIGHTBOT || orientation == ORIENTATION_LEFTBOT;
     }
 };
 
@@ -205,6 +219,10 @@ void describe(const tiff_file& file, const layout& found, file_info& info)
     info.perspective = found.bottom_up() ? bottom_left : top_left;
     info.x_resolution = dots_per_inch(file, TIFFTAG_XRESOLUTION);
     info.y_resolution = dots_per_inch(file, TIFFTAG_YRESOLUTION);
+    if (found.sideways()) {
+        std::swap(info.width, info.height);
+        std::swap(info.x_resolution, info.y_resolution);
+    }
 }
 
 void read_palette(const tiff_file& file, const layout& found, bitmap_handle& bitmap)
@@ -326,7 +344,8 @@ private:
     std::vector<std::uint8_t> colours_; ///< the same row without what is not shown
 };
 
-imaging_result load_rows(image_io& in, tiff_file& file, const layout& found, line_sink& sink)
+/// Sink: line_sink or sideways_picture.
+template <class Sink> imaging_result load_rows(image_io& in, tiff_file& file, const layout& found, Sink& sink)
 {
     tiff_rows rows(in, file, found.planes);
     if (!rows.readable())
@@ -384,7 +403,7 @@ std::uint32_t rows_in_band(const tiff_file& file, const layout& found)
     return std::clamp(rows, 1U, found.height);
 }
 
-imaging_result load_converted(tiff_file& file, const layout& found, line_sink& sink)
+template <class Sink> imaging_result load_converted(tiff_file& file, const layout& found, Sink& sink)
 {
     rgba_image image(file);
     if (!image.made())
@@ -409,6 +428,13 @@ imaging_result load_converted(tiff_file& file, const layout& found, line_sink& s
         }
     }
     return sink.finish() ? imaging_ok : imaging_aborted;
+}
+
+template <class Sink>
+imaging_result load_lines(image_io& in, tiff_file& file, const layout& found, Sink& sink)
+{
+    return found.kind == pixel_kind::converted ? load_converted(file, found, sink)
+                                               : load_rows(in, file, found, sink);
 }
 
 } // namespace
@@ -437,8 +463,13 @@ imaging_result tiff_load(
         return result;
     set_colours(file, found, bitmap);
     line_sink sink(info, bitmap, callback, user);
-    return found.kind == pixel_kind::converted ? load_converted(file, found, sink)
-                                               : load_rows(in, file, found, sink);
+    if (!found.sideways())
+        return load_lines(in, file, found, sink);
+    sideways_picture picture(bitmap, found.from_the_right(), found.columns_bottom_up());
+    const imaging_result gathered = load_lines(in, file, found, picture);
+    if (gathered == imaging_bad_data)
+        return gathered;
+    return picture.deliver(sink) ? gathered : imaging_aborted;
 }
 
 } // namespace klv::imaging

@@ -256,6 +256,8 @@ TEST(TiffFilter, RefusesOrHandsOnWhatItDoesNotRead)
             oFILTER_FAILED},
         {"least significant bit first", with(bilevel, 266, {2}), oFILTER_FAILED},
         {"signed samples", with(grey, 339, {2}), oFILTER_FAILED},
+        {"turned", with(grey, 274, {8}), oFILTER_FAILED},
+        {"turned in no known way", with(grey, 274, {9}), oFILTER_OK},
         {"PackBits run past the row", with({.bits = {8}, .rows = {{255, 1, 4}, {254, 9, 9}}}, 259, {32773}),
             oFILTER_UNSUPPORTED},
         {"Huffman run past the row",
@@ -264,6 +266,39 @@ TEST(TiffFilter, RefusesOrHandsOnWhatItDoesNotRead)
     for (const auto& c : cases) {
         oMEMDIB dib;
         EXPECT_EQ(read(c.file.bytes(), dib), c.status) << c.what;
+    }
+}
+
+using TiffFilterWithTheImagingModule = test::imaging_test;
+
+// The module turns what the own decoder hands on.
+TEST_F(TiffFilterWithTheImagingModule, ShowsTurnedImagesUpright)
+{
+    for (const tiff_file& upright :
+        {picture(0, {1}), picture(1, {4}), picture(3, {8}), picture(2, {8, 8, 8})}) {
+        const colour_rows stored = expected_of(upright);
+        for (std::uint32_t orientation = 1; orientation <= 8; ++orientation) {
+            tiff_file file = upright;
+            file.more_tags[274] = {orientation};
+            oMEMDIB dib;
+            ASSERT_EQ(read(file.bytes(), dib), oFILTER_OK) << orientation;
+            const colour_rows shown = colours_of(dib);
+            // The sides that the first row and the first column are, by the standard's table.
+            const bool sideways = orientation >= 5;
+            const bool right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+            const bool bottom = orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
+            const std::size_t height = sideways ? stored[0].size() : stored.size();
+            const std::size_t width = sideways ? stored.size() : stored[0].size();
+            ASSERT_EQ(shown.size(), height) << orientation;
+            for (std::size_t y = 0; y < height; ++y) {
+                ASSERT_EQ(shown[y].size(), width) << orientation;
+                for (std::size_t x = 0; x < width; ++x) {
+                    const std::size_t across = right ? width - 1 - x : x, down = bottom ? height - 1 - y : y;
+                    ASSERT_EQ(shown[y][x], sideways ? stored[across][down] : stored[down][across])
+                        << orientation << ": " << x << ", " << y;
+                }
+            }
+        }
     }
 }
 
