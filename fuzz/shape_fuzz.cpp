@@ -128,6 +128,27 @@ double distance_of(const POINT& p, const POINT& a, const POINT& b)
     return std::abs(static_cast<double>(cross(along, to))) / length;
 }
 
+// Whether an outline turns back on itself. The spike that it leaves has no width, and so bounds nothing.
+bool turns_back(const POINT& before, const POINT& at, const POINT& after)
+{
+    const offset in = offset::between(before, at), out = offset::between(at, after);
+    return cross(in, out) == 0 && dot(in, out) < 0;
+}
+
+// The distance of a point from the edges of a contour, spikes left out.
+double distance_from(const POINT& p, std::span<const POINT> contour)
+{
+    const std::size_t count = contour.size();
+    const auto at = [&](std::size_t i) -> const POINT& { return contour[i % count]; };
+    double least = HUGE_VAL;
+    for (std::size_t i = 0; i < count; ++i) {
+        const POINT &from = at(i), &to = at(i + 1);
+        if (!turns_back(at(i + count - 1), from, to) && !turns_back(from, to, at(i + 2)))
+            least = std::min(least, distance_of(p, from, to));
+    }
+    return least;
+}
+
 // Every point of the moved shape lies at least the distance from the outline, but for a unit, and as much for
 // what rounding moves the outline.
 void check_distance(const vSHAPE& source, int distance, int bevel)
@@ -135,16 +156,15 @@ void check_distance(const vSHAPE& source, int distance, int bevel)
     constexpr double tolerance = 2;
     vSHAPE moved(source);
     require(moved.Shrink(distance, bevel) == 1 && (moved.empty() || moved.IsValid()));
-    const auto outline = source.records();
-    for (const auto& r : moved.records()) {
-        std::size_t first = 0;
-        for (std::size_t i = 0; i < outline.size(); ++i) {
-            if (outline[i].has(point_flags::first))
-                first = i;
-            const auto& next = outline[outline[i].has(point_flags::last) ? first : i + 1];
-            require(distance_of({r.x(), r.y()}, {outline[i].x(), outline[i].y()}, {next.x(), next.y()})
+    std::vector<POINT> contour;
+    for (const auto& r : source.records()) {
+        contour.push_back({r.x(), r.y()});
+        if (!r.has(point_flags::last))
+            continue;
+        for (const auto& m : moved.records())
+            require(distance_from({m.x(), m.y()}, contour)
                 >= std::abs(static_cast<double>(distance)) - tolerance);
-        }
+        contour.clear();
     }
 }
 
