@@ -128,24 +128,30 @@ double distance_of(const POINT& p, const POINT& a, const POINT& b)
     return std::abs(static_cast<double>(cross(along, to))) / length;
 }
 
-// Whether an outline turns back on itself. The spike that it leaves has no width, and so bounds nothing.
-bool turns_back(const POINT& before, const POINT& at, const POINT& after)
+// Takes away points where an outline turns back on itself: the spikes that they end have no width, and so
+// bound nothing.
+void cut_empty_spikes(std::vector<POINT>& contour)
 {
-    const offset in = offset::between(before, at), out = offset::between(at, after);
-    return cross(in, out) == 0 && dot(in, out) < 0;
+    for (std::size_t i = 0, kept = 0; contour.size() > 2 && kept < contour.size();) {
+        const std::size_t count = contour.size();
+        const offset in = offset::between(contour[(i + count - 1) % count], contour[i]);
+        const offset out = offset::between(contour[i], contour[(i + 1) % count]);
+        if (cross(in, out) == 0 && dot(in, out) <= 0) {
+            contour.erase(contour.begin() + static_cast<std::ptrdiff_t>(i));
+            kept = 0;
+            i = i == 0 ? contour.size() - 1 : i - 1;
+        } else {
+            ++kept;
+            i = (i + 1) % count;
+        }
+    }
 }
 
-// The distance of a point from the edges of a contour, spikes left out.
-double distance_from(const POINT& p, std::span<const POINT> contour)
+double distance_from(const POINT& p, const std::vector<POINT>& contour)
 {
-    const std::size_t count = contour.size();
-    const auto at = [&](std::size_t i) -> const POINT& { return contour[i % count]; };
     double least = HUGE_VAL;
-    for (std::size_t i = 0; i < count; ++i) {
-        const POINT &from = at(i), &to = at(i + 1);
-        if (!turns_back(at(i + count - 1), from, to) && !turns_back(from, to, at(i + 2)))
-            least = std::min(least, distance_of(p, from, to));
-    }
+    for (std::size_t i = 0; i < contour.size(); ++i)
+        least = std::min(least, distance_of(p, contour[i], contour[i + 1 == contour.size() ? 0 : i + 1]));
     return least;
 }
 
@@ -161,6 +167,7 @@ void check_distance(const vSHAPE& source, int distance, int bevel)
         contour.push_back({r.x(), r.y()});
         if (!r.has(point_flags::last))
             continue;
+        cut_empty_spikes(contour);
         for (const auto& m : moved.records())
             require(distance_from({m.x(), m.y()}, contour)
                 >= std::abs(static_cast<double>(distance)) - tolerance);
