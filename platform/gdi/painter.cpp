@@ -116,8 +116,13 @@ template <unsigned Bits> void mix_packed(const surface& s, pixel_op op, std::spa
             continue;
         }
         mix(at, head);
-        for (at += 4; at != last; at += 4)
-            mix(at, 0xFFFFFFFFU);
+        if (keep == 0) {
+            for (at += 4; at != last; at += 4)
+                store_word(at, flip);
+        } else {
+            for (at += 4; at != last; at += 4)
+                mix(at, 0xFFFFFFFFU);
+        }
         mix(last, tail);
     }
 }
