@@ -17,6 +17,7 @@ public:
 
     /// Room for the next stored line; null after the last. Lines that never come stay 0.
     [[nodiscard]] std::uint8_t* next_line();
+    [[nodiscard]] bool empty() const { return gathered_ == 0; }
     /// As a line_sink has it: what is gathered is there.
     [[nodiscard]] bool finish() const { return true; }
     /// False when the sink's callback has stopped the load.

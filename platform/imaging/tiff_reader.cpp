@@ -467,9 +467,7 @@ imaging_result tiff_load(
         return load_lines(in, file, found, sink);
     sideways_picture picture(bitmap, found.from_the_right(), found.columns_bottom_up());
     const imaging_result gathered = load_lines(in, file, found, picture);
-    if (gathered == imaging_bad_data)
-        return gathered;
-    return picture.deliver(sink) ? gathered : imaging_aborted;
+    return picture.empty() || picture.deliver(sink) ? gathered : imaging_aborted;
 }
 
 } // namespace klv::imaging
