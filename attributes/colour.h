@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "core/object.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,6 +1,6 @@
 #include "attributes/font_spec.h"
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 #include "streams/stream.h"
 
 namespace klv {

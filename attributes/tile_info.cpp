@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

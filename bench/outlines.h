@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// Seeded closed outlines for measuring what is done to shapes, and checking it. None crosses itself but
 /// where rounding to integers makes it. All run around the origin, with y growing downwards in the sense

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/object.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -4,8 +4,8 @@
 
 #include "core/object.h"
 #include "core/real.h"
-#include "platform/types.h"
-#include "platform/wrapping.h"
+#include "klv/base/types.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

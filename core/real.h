@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "core/object.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -6,7 +6,7 @@
 #include "core/bezpoint.h"
 #include "core/object.h"
 #include "core/point.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

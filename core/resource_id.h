@@ -4,7 +4,7 @@
 
 #include "core/module.h"
 #include "core/object.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -8,7 +8,7 @@
 #include "core/module.h"
 #include "core/resource_id.h"
 #include "core/string.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -11,7 +11,7 @@
 #include "core/rect.h"
 #include "devices/unit_mapping.h"
 #include "geometry/shape.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <concepts>
 #include <cstddef>

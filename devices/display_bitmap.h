@@ -3,7 +3,7 @@
 #include "core/buffer.h"
 #include "core/rect.h"
 #include "devices/device.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <array>
 #include <cstddef>

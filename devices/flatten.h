@@ -4,7 +4,7 @@
 #include "devices/unit_mapping.h"
 #include "geometry/point_record.h"
 #include "geometry/shape.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,7 @@
 #include "core/object.h"
 #include "core/string.h"
 #include "devices/device.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

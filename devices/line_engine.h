@@ -2,7 +2,7 @@
 
 #include "devices/line_geometry.h"
 #include "devices/point_list.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <array>
 #include <cstdint>

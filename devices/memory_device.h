@@ -2,7 +2,7 @@
 
 #include "core/buffer.h"
 #include "devices/device.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "devices/point_list.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <span>
 

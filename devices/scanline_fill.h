@@ -2,7 +2,7 @@
 
 #include "core/buffer.h"
 #include "devices/point_list.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <array>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "devices/device.h"
 #include "devices/screen_palette.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <array>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "core/point.h"
 #include "devices/numbers.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstdint>
 

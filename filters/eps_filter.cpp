@@ -8,7 +8,7 @@
 #include "core/buffer.h"
 #include "core/resource_id.h"
 #include "filters/tiff_filter.h"
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "streams/memory_stream.h"
 
 namespace klv {

@@ -6,7 +6,7 @@
 
 #include "filters/filter.h"
 #include "images/colour_model.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// Reading GIF files: the first image that has a colour table.
 namespace klv {

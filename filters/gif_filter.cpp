@@ -7,7 +7,7 @@
 #include "filters/gif_outside_reader.h"
 #include "filters/imaging_library.h"
 #include "images/memory_dib.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 #include "streams/stream.h"
 
 #include <array>

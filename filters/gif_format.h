@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "platform/byte_reader.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_reader.h"
+#include "klv/base/byte_writer.h"
 
 /// The records of a GIF file that its reader and its writer share: "Graphics Interchange Format, Version
 /// 89a", CompuServe 1990. All numbers are little-endian.

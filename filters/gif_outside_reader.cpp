@@ -1,7 +1,7 @@
 #include "filters/gif_outside_reader.h"
 
 #include "images/dib.h"
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "platform/module_table.h"
 #include "platform/system/global_memory.h"
 #include "streams/stream.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/imaging/imaging_api.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

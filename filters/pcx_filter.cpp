@@ -2,7 +2,7 @@
 
 #include "core/resource_id.h"
 #include "filters/imaging_library.h"
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "streams/stream.h"
 
 #include <array>

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 namespace klv {
 

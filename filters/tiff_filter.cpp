@@ -11,7 +11,7 @@
 #include "filters/tiff_directory.h"
 #include "filters/tiff_palette.h"
 #include "images/dib.h"
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "streams/stream.h"
 
 namespace klv {

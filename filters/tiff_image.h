@@ -6,7 +6,7 @@
 
 #include "core/memory.h"
 #include "filters/filter.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

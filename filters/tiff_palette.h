@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "filters/tiff_image.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

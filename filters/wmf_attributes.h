@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "attributes/fill_spec.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 // The attributes that a Windows Metafile's numbers stand for.
 

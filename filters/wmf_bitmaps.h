@@ -9,8 +9,8 @@
 #include "filters/wmf_objects.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
-#include "platform/byte_reader.h"
-#include "platform/types.h"
+#include "klv/base/byte_reader.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "core/rect.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

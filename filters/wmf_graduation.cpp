@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "filters/wmf_attributes.h"
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 namespace klv {
 namespace {

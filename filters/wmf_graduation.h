@@ -6,7 +6,7 @@
 
 #include "attributes/fill_spec.h"
 #include "core/point.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <array>
 

@@ -9,7 +9,7 @@
 #include "core/memory.h"
 #include "core/string.h"
 #include "images/stream_dib.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 #include "platform/wmf_records.h"
 
 namespace klv {

@@ -8,7 +8,7 @@
 #include "attributes/font_spec.h"
 #include "core/point.h"
 #include "filters/wmf_objects.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <numbers>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

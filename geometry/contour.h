@@ -5,7 +5,7 @@
 
 #include "core/point.h"
 #include "geometry/shape.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -7,7 +7,7 @@
 #include "core/memory.h"
 #include "geometry/edge_outline.h"
 #include "geometry/outline_tree.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

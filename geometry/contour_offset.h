@@ -6,7 +6,7 @@
 #include "geometry/edge_outline.h"
 #include "geometry/offset_corners.h"
 #include "geometry/poly_polygon.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <numeric>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

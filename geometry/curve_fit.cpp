@@ -7,7 +7,7 @@
 
 #include "core/rect.h"
 #include "geometry/point_record.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 // After P. J. Schneider, "An Algorithm for Automatically Fitting Digitized Curves", Graphics Gems (1990): a
 // cubic is fitted by least squares with the tangents at both ends given, each point at a parameter that

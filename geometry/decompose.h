@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geometry/poly_polygon.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

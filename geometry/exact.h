@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// Exact arithmetic on points of any 32-bit coordinates: signs that decide how outlines run are never left
 /// to rounding.

@@ -4,7 +4,7 @@
 
 #include "core/memory.h"
 #include "geometry/shape.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

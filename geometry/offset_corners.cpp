@@ -6,7 +6,7 @@
 #include "core/integer_math.h"
 #include "geometry/contour.h"
 #include "geometry/exact.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 
 #include "geometry/edge_outline.h"
 #include "geometry/shape.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "geometry/edge_outline.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "core/memory.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "core/integer_math.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -11,7 +11,7 @@
 #include "core/rect.h"
 #include "geometry/outline_walk.h"
 #include "geometry/point_record.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

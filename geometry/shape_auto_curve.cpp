@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "geometry/shape.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

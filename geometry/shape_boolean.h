@@ -4,7 +4,7 @@
 
 #include "geometry/decompose.h"
 #include "geometry/poly_polygon.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -2,7 +2,7 @@
 
 #include "geometry/exact.h"
 #include "geometry/shape.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 #include "geometry/contour.h"
 #include "geometry/decompose.h"
 #include "geometry/flat_outline.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

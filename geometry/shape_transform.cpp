@@ -6,7 +6,7 @@
 
 #include "images/distort.h"
 #include "images/matrix.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

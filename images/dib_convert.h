@@ -2,7 +2,7 @@
 
 #include "core/buffer.h"
 #include "images/dib.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstdint>
 #include <span>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/buffer.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "images/dib_header.h"
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 #include <limits>
 

@@ -3,7 +3,7 @@
 #include "core/object.h"
 #include "images/colour_model.h"
 #include "images/palette.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstdint>
 

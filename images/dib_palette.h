@@ -2,7 +2,7 @@
 
 #include "core/buffer.h"
 #include "images/palette.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstdint>
 #include <span>

@@ -1,8 +1,8 @@
 #include "images/dib_stream.h"
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "platform/dib_decode.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 #include "streams/compression_frame.h"
 #include "streams/stream.h"
 

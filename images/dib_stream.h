@@ -2,7 +2,7 @@
 
 #include "core/buffer.h"
 #include "images/dib_header.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

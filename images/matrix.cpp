@@ -1,6 +1,6 @@
 #include "images/matrix.h"
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 #include <algorithm>
 #include <cmath>

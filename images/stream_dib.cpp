@@ -3,7 +3,7 @@
 #include "core/rect.h"
 #include "images/dib_convert.h"
 #include "images/dib_stream.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 #include "streams/memory_stream.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // How the tiles of an image lie over its destination.
 #include "attributes/tile_info.h"
 #include "images/image_context.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -7,7 +7,7 @@
 
 #include "core/integer_math.h"
 #include "metafiles/record_stream.h"
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 namespace klv {
 

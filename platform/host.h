@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// The one seam to the outside world: message boxes, sounds, debugger output and the Escape key.
 namespace klv {

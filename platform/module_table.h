@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// Optional libraries by name. A name ("LTKRN80N.DLL", any letter case, a missing extension counts as .dll)
 /// stands for symbols registered in this process, for a shared object beside the library, or for nothing.

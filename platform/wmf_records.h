@@ -4,7 +4,7 @@
 #include <span>
 #include <tuple>
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 namespace klv {
 

@@ -1,6 +1,6 @@
 #include "streams/compression_frame.h"
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 namespace klv {
 

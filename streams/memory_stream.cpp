@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 #include "streams/file.h"
 
 namespace klv {

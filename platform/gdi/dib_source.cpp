@@ -1,6 +1,6 @@
 #include "platform/gdi/dib_source.h"
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "platform/gdi/gdi.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// The graphics device interface: drawing contexts, the objects that are selected into them, and what can
 /// be drawn. Functions keep their documented names, argument orders and meanings; x grows to the right, y

@@ -2,7 +2,7 @@
 
 #include "platform/gdi/region.h"
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstdint>
 

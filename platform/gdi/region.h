@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <pixman.h>
 

@@ -2,7 +2,7 @@
 
 #include "platform/gdi/spans.h"
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 #include <cstdint>
 #include <span>

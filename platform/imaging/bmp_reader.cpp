@@ -1,4 +1,4 @@
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "platform/dib_decode.h"
 #include "platform/imaging/bmp_layout.h"
 #include "platform/imaging/memory_file.h"

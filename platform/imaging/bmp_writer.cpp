@@ -1,4 +1,4 @@
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 #include "platform/imaging/bmp_layout.h"
 #include "platform/imaging/resolution.h"
 

@@ -1,6 +1,6 @@
 #include "platform/imaging/compound_file.h"
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 #include <algorithm>
 #include <array>

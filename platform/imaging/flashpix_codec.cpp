@@ -1,4 +1,4 @@
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "platform/imaging/flashpix_tiles.h"
 #include "platform/imaging/pixel_lines.h"
 

@@ -1,6 +1,6 @@
 #include "platform/imaging/property_set.h"
 
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "platform/byte_reader.h"
+#include "klv/base/byte_reader.h"
 #include "platform/imaging/magick_codec.h"
 
 #include <array>

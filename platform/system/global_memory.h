@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// Global memory blocks: memory apart from the library's allocator, handed between owners by handle.
 namespace klv {

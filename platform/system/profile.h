@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// The per-user profile: "[Section]" lines with "Key=Value" lines below, in the file profile.ini of the
 /// settings directory. Section and key names ignore letter case.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// The registry: keys with named text values, in the file registry.ini of the settings directory. Key paths
 /// are separated by backslashes; key and value names ignore letter case.

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// What a user's machine remembers between runs: the per-user profile and the registry, two plain text files
 /// in the user's configuration directory.

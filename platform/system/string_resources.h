@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// String resources of modules, texts in the ANSI code page (Windows-1252).
 namespace klv {

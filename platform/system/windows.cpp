@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/system/ini_file.h"
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 namespace klv {
 

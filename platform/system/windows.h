@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 /// A small table of the windows of this process: names, places, order and messages. Nothing is shown; it is
 /// what the library needs to find and address the windows of an application.

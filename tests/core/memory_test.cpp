@@ -9,7 +9,7 @@
 #include "core/memory.h"
 #include "core/module.h"
 #include "core/system.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 #include "platform/host.h"
 #include "platform/system/windows.h"
 

@@ -1,6 +1,6 @@
 #include "filters/bmp_filter.h"
 #include "filters/progress.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 #include "streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 

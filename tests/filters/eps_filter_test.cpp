@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/byte_reader.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_reader.h"
+#include "klv/base/byte_writer.h"
 #include "streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 #include "tests/filters/tiff_builder.h"

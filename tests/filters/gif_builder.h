@@ -1,7 +1,7 @@
 #pragma once
 
 #include "filters/gif_format.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 
 #include <cstdint>
 #include <string>

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "filters/tiff_huffman_tables.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 
 namespace klv::test {
 

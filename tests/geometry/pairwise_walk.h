@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "geometry/poly_polygon.h"
-#include "platform/types.h"
+#include "klv/base/types.h"
 
 namespace klv {
 

@@ -2,7 +2,7 @@
 #include "images/dib_stream.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 #include "streams/memory_stream.h"
 #include "tests/images/dib_text.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/types.h"
+#include "klv/base/types.h"
 #include "tests/klv/command_line.h"
 
 // `klv shape` as a user runs it, on pictures of 200 by 100 units drawn with a pixel for 10 units.

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "platform/byte_reader.h"
-#include "platform/byte_writer.h"
+#include "klv/base/byte_reader.h"
+#include "klv/base/byte_writer.h"
 
 using namespace klv;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/byte_writer.h"
+#include "klv/base/byte_writer.h"
 #include "platform/imaging/imaging_api.h"
 #include "platform/module_table.h"
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 
 using namespace klv;
 

@@ -1,7 +1,7 @@
 #include <iterator>
 #include <utility>
 
-#include "platform/wrapping.h"
+#include "klv/base/wrapping.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/shape_picture.h"
