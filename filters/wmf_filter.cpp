@@ -5,7 +5,7 @@
 
 #include "core/resource_id.h"
 #include "filters/wmf_reader.h"
-#include "platform/wmf_records.h"
+#include "klv/formats/wmf_records.h"
 #include "streams/stream.h"
 
 namespace klv {

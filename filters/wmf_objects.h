@@ -10,7 +10,7 @@
 #include "core/string.h"
 #include "images/stream_dib.h"
 #include "klv/base/types.h"
-#include "platform/wmf_records.h"
+#include "klv/formats/wmf_records.h"
 
 namespace klv {
 

@@ -17,7 +17,7 @@
 #include "filters/wmf_objects.h"
 #include "filters/wmf_text.h"
 #include "geometry/shape.h"
-#include "platform/wmf_records.h"
+#include "klv/formats/wmf_records.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #include "images/dib_rows.h"
 
 #include "images/colour_matcher.h"
-#include "platform/dib_decode.h"
+#include "klv/formats/dib_decode.h"
 
 #include <cstring>
 

@@ -1,7 +1,7 @@
 #include "images/dib_stream.h"
 
 #include "klv/base/byte_reader.h"
-#include "platform/dib_decode.h"
+#include "klv/formats/dib_decode.h"
 #include "klv/base/wrapping.h"
 #include "streams/compression_frame.h"
 #include "streams/stream.h"

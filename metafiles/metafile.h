@@ -3,7 +3,7 @@
 #include "core/point.h"
 #include "core/rect.h"
 #include "devices/device.h"
-#include "platform/wmf_records.h"
+#include "klv/formats/wmf_records.h"
 #include "streams/stream.h"
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 #include "klv/base/byte_reader.h"
-#include "platform/dib_decode.h"
+#include "klv/formats/dib_decode.h"
 #include "platform/imaging/bmp_layout.h"
 #include "platform/imaging/memory_file.h"
 #include "platform/imaging/pixel_lines.h"

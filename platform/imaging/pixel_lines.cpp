@@ -1,6 +1,6 @@
 #include "platform/imaging/pixel_lines.h"
 
-#include "platform/dib_decode.h"
+#include "klv/formats/dib_decode.h"
 
 #include <algorithm>
 #include <cmath>

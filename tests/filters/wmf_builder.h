@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/wmf_records.h"
+#include "klv/formats/wmf_records.h"
 
 namespace klv::test {
 

@@ -1,4 +1,4 @@
-#include "platform/dib_decode.h"
+#include "klv/formats/dib_decode.h"
 
 #include <algorithm>
 #include <cstring>
