@@ -1,6 +1,6 @@
 #include "attributes/pantone_library.h"
 
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 #include "images/memory_dib.h"
 #include "images/resample.h"
 #include "platform/imaging/imaging_api.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 #include "streams/memory_stream.h"
 
 #include <benchmark/benchmark.h>

@@ -5,9 +5,9 @@
 #include "core/library_strings.h"
 #include "core/memory.h"
 #include "core/system.h"
-#include "platform/host.h"
-#include "platform/system/global_memory.h"
-#include "platform/system/windows.h"
+#include "klv/platform/host.h"
+#include "klv/platform/system/global_memory.h"
+#include "klv/platform/system/windows.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 
 #include "core/string.h"
 #include "core/system.h"
-#include "platform/system/profile.h"
+#include "klv/platform/system/profile.h"
 
 namespace klv {
 

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "platform/system/string_resources.h"
+#include "klv/platform/system/string_resources.h"
 
 namespace klv {
 

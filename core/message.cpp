@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "platform/host.h"
+#include "klv/platform/host.h"
 
 namespace klv {
 

@@ -4,7 +4,7 @@
 
 #include "core/string.h"
 #include "core/system.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 namespace klv {
 

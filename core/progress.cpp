@@ -1,7 +1,7 @@
 #include "core/progress.h"
 
-#include "platform/host.h"
-#include "platform/system/tick_count.h"
+#include "klv/platform/host.h"
+#include "klv/platform/system/tick_count.h"
 
 namespace klv {
 

@@ -8,7 +8,7 @@
 
 #include "core/resource_id.h"
 #include "core/system.h"
-#include "platform/system/string_resources.h"
+#include "klv/platform/system/string_resources.h"
 
 namespace klv {
 

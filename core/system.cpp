@@ -2,8 +2,8 @@
 
 #include "core/library_entry.h"
 #include "core/library_strings.h"
-#include "platform/module_table.h"
-#include "platform/system/string_resources.h"
+#include "klv/platform/module_table.h"
+#include "klv/platform/system/string_resources.h"
 
 namespace klv {
 

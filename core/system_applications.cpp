@@ -6,9 +6,9 @@
 
 #include "core/memory.h"
 #include "core/system.h"
-#include "platform/system/global_memory.h"
-#include "platform/system/shared_memory.h"
-#include "platform/system/windows.h"
+#include "klv/platform/system/global_memory.h"
+#include "klv/platform/system/shared_memory.h"
+#include "klv/platform/system/windows.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #include "devices/screen_palette.h"
 
 #include "platform/gdi/gdi.h"
-#include "platform/system/registry.h"
+#include "klv/platform/system/registry.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,8 @@
 
 #include "images/dib.h"
 #include "klv/base/byte_reader.h"
-#include "platform/module_table.h"
-#include "platform/system/global_memory.h"
+#include "klv/platform/module_table.h"
+#include "klv/platform/system/global_memory.h"
 #include "streams/stream.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "filters/imaging_library.h"
 
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 #include <new>
 

@@ -1,7 +1,7 @@
 // The front of the imaging module: whatever the bytes are, they are described, listed and loaded as the
 // filters do it, and what is delivered is what was described.
 #include "platform/imaging/imaging_api.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 #include <algorithm>
 #include <cstddef>

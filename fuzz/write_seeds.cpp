@@ -21,7 +21,7 @@
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "platform/imaging/imaging_api.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 #include "streams/implode.h"
 #include "streams/memory_stream.h"
 #include "tests/filters/gif_builder.h"

@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "geometry/arrangement.h"
-#include "platform/host.h"
+#include "klv/platform/host.h"
 
 namespace klv {
 

@@ -10,7 +10,7 @@
 #include "images/metafile_context.h"
 #include "metafiles/metafile.h"
 #include "platform/gdi/gdi.h"
-#include "platform/handle_token.h"
+#include "klv/platform/system/handle_token.h"
 
 #include <algorithm>
 #include <memory>

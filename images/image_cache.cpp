@@ -6,7 +6,7 @@
 #include "images/image_cache_store.h"
 #include "images/image_context.h"
 #include "platform/gdi/gdi.h"
-#include "platform/system/memory_status.h"
+#include "klv/platform/system/memory_status.h"
 
 #include <algorithm>
 #include <cmath>

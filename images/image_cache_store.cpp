@@ -2,7 +2,7 @@
 
 #include "devices/display_bitmap.h"
 #include "images/image_context.h"
-#include "platform/host.h"
+#include "klv/platform/host.h"
 
 #include <algorithm>
 #include <new>

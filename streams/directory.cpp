@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/system/directory.h"
-#include "platform/system/network.h"
-#include "platform/system/path.h"
+#include "klv/platform/system/directory.h"
+#include "klv/platform/system/network.h"
+#include "klv/platform/system/path.h"
 #include "streams/store_iterator.h"
 
 namespace klv {

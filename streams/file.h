@@ -5,7 +5,7 @@
 #include <span>
 
 #include "core/buffer.h"
-#include "platform/system/file.h"
+#include "klv/platform/system/file.h"
 #include "streams/typed_stream.h"
 
 namespace klv {

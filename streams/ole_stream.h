@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/system/ole_stream.h"
+#include "klv/platform/system/ole_stream.h"
 #include "streams/typed_stream.h"
 
 namespace klv {

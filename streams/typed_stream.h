@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "platform/handle_token.h"
+#include "klv/platform/system/handle_token.h"
 #include "streams/stream.h"
 
 namespace klv {

@@ -3,7 +3,7 @@
 #include "platform/gdi/dib_source.h"
 #include "platform/gdi/gdi.h"
 #include "platform/gdi/pixel_rows.h"
-#include "platform/system/global_memory.h"
+#include "klv/platform/system/global_memory.h"
 
 namespace klv {
 

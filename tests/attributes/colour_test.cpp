@@ -4,7 +4,7 @@
 #include <tuple>
 
 #include "attributes/colour.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 #include "tests/attributes/stream_form.h"
 
 using namespace klv;

@@ -10,8 +10,8 @@
 #include "core/module.h"
 #include "core/system.h"
 #include "klv/base/byte_writer.h"
-#include "platform/host.h"
-#include "platform/system/windows.h"
+#include "klv/platform/host.h"
+#include "klv/platform/system/windows.h"
 
 using namespace klv;
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/message.h"
-#include "platform/host.h"
+#include "klv/platform/host.h"
 
 using namespace klv;
 

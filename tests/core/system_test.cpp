@@ -6,11 +6,11 @@
 
 #include "core/library_entry.h"
 #include "core/system.h"
-#include "platform/module_table.h"
-#include "platform/system/global_memory.h"
-#include "platform/system/profile.h"
-#include "platform/system/settings.h"
-#include "platform/system/windows.h"
+#include "klv/platform/module_table.h"
+#include "klv/platform/system/global_memory.h"
+#include "klv/platform/system/profile.h"
+#include "klv/platform/system/settings.h"
+#include "klv/platform/system/windows.h"
 
 namespace klv {
 

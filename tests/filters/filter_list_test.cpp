@@ -2,7 +2,7 @@
 
 #include "filters/filter_list.h"
 #include "filters/progress.h"
-#include "platform/system/tick_count.h"
+#include "klv/platform/system/tick_count.h"
 #include "streams/memory_stream.h"
 #include "tests/filters/wmf_builder.h"
 

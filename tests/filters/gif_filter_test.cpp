@@ -4,8 +4,8 @@
 #include "filters/progress.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
-#include "platform/module_table.h"
-#include "platform/system/global_memory.h"
+#include "klv/platform/module_table.h"
+#include "klv/platform/system/global_memory.h"
 #include "streams/memory_stream.h"
 #include "tests/filters/gif_builder.h"
 

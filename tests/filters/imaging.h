@@ -2,7 +2,7 @@
 
 #include "images/memory_dib.h"
 #include "platform/imaging/imaging_api.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 #include <gtest/gtest.h>
 

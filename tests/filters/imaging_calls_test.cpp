@@ -8,7 +8,7 @@
 #include "filters/png_filter.h"
 #include "filters/targa_filter.h"
 #include "images/memory_dib.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 #include "streams/file.h"
 #include "streams/memory_stream.h"
 

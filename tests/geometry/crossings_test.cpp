@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "geometry/decompose.h"
-#include "platform/host.h"
+#include "klv/platform/host.h"
 #include "tests/geometry/pairwise_walk.h"
 #include "tests/geometry/random_outlines.h"
 

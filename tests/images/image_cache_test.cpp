@@ -6,7 +6,7 @@
 #include "images/image_cache_store.h"
 #include "images/metafile_context.h"
 #include "metafiles/metafile.h"
-#include "platform/host.h"
+#include "klv/platform/host.h"
 #include "tests/images/dib_text.h"
 
 #include <gtest/gtest.h>

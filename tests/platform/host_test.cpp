@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "platform/host.h"
+#include "klv/platform/host.h"
 
 using namespace klv;
 

@@ -2,7 +2,7 @@
 
 #include "klv/base/byte_writer.h"
 #include "platform/imaging/imaging_api.h"
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 #include <gtest/gtest.h>
 

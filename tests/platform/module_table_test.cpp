@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/handle_token.h"
-#include "platform/module_table.h"
+#include "klv/platform/system/handle_token.h"
+#include "klv/platform/module_table.h"
 
 using namespace klv;
 

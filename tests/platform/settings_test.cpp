@@ -6,9 +6,9 @@
 #include <sstream>
 #include <string>
 
-#include "platform/system/profile.h"
-#include "platform/system/registry.h"
-#include "platform/system/settings.h"
+#include "klv/platform/system/profile.h"
+#include "klv/platform/system/registry.h"
+#include "klv/platform/system/settings.h"
 
 using namespace klv;
 

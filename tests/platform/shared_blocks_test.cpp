@@ -5,10 +5,10 @@
 
 #include <cstring>
 
-#include "platform/system/global_memory.h"
-#include "platform/system/shared_memory.h"
-#include "platform/system/string_resources.h"
-#include "platform/system/tick_count.h"
+#include "klv/platform/system/global_memory.h"
+#include "klv/platform/system/shared_memory.h"
+#include "klv/platform/system/string_resources.h"
+#include "klv/platform/system/tick_count.h"
 
 using namespace klv;
 

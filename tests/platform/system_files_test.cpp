@@ -5,11 +5,11 @@
 #include <fstream>
 #include <string>
 
-#include "platform/system/directory.h"
-#include "platform/system/file.h"
-#include "platform/system/memory_mapping.h"
-#include "platform/system/network.h"
-#include "platform/system/path.h"
+#include "klv/platform/system/directory.h"
+#include "klv/platform/system/file.h"
+#include "klv/platform/system/memory_mapping.h"
+#include "klv/platform/system/network.h"
+#include "klv/platform/system/path.h"
 
 namespace klv {
 

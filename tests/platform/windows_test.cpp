@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/system/windows.h"
+#include "klv/platform/system/windows.h"
 
 using namespace klv;
 

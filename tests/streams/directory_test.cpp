@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-#include "platform/system/network.h"
+#include "klv/platform/system/network.h"
 #include "streams/directory.h"
 #include "streams/store_iterator.h"
 #include "tests/streams/stream_testing.h"

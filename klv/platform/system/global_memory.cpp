@@ -1,4 +1,4 @@
-#include "platform/system/global_memory.h"
+#include "klv/platform/system/global_memory.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "platform/system/settings.h"
+#include "klv/platform/system/settings.h"
 
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-#include "platform/system/memory_status.h"
+#include "klv/platform/system/memory_status.h"
 
 #include <cinttypes>
 #include <cstdio>

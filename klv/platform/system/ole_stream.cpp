@@ -1,4 +1,4 @@
-#include "platform/system/ole_stream.h"
+#include "klv/platform/system/ole_stream.h"
 
 #include <algorithm>
 #include <array>

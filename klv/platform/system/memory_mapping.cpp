@@ -1,4 +1,4 @@
-#include "platform/system/memory_mapping.h"
+#include "klv/platform/system/memory_mapping.h"
 
 #include <new>
 #include <utility>
@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/system/path.h"
+#include "klv/platform/system/path.h"
 
 namespace klv {
 

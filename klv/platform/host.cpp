@@ -1,4 +1,4 @@
-#include "platform/host.h"
+#include "klv/platform/host.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,10 +1,10 @@
-#include "platform/system/path.h"
+#include "klv/platform/system/path.h"
 
 #include <algorithm>
 
 #include <unistd.h>
 
-#include "platform/system/network.h"
+#include "klv/platform/system/network.h"
 
 namespace klv {
 

@@ -1,4 +1,4 @@
-#include "platform/module_table.h"
+#include "klv/platform/module_table.h"
 
 #include <dlfcn.h>
 

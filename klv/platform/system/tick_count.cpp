@@ -1,4 +1,4 @@
-#include "platform/system/tick_count.h"
+#include "klv/platform/system/tick_count.h"
 
 #include <chrono>
 

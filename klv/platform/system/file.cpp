@@ -1,4 +1,4 @@
-#include "platform/system/file.h"
+#include "klv/platform/system/file.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/system/directory.h"
-#include "platform/system/path.h"
+#include "klv/platform/system/directory.h"
+#include "klv/platform/system/path.h"
 
 namespace klv {
 

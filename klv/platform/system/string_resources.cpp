@@ -1,4 +1,4 @@
-#include "platform/system/string_resources.h"
+#include "klv/platform/system/string_resources.h"
 
 #include <algorithm>
 #include <new>

@@ -1,4 +1,4 @@
-#include "platform/system/network.h"
+#include "klv/platform/system/network.h"
 
 #include <algorithm>
 

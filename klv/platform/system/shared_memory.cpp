@@ -1,4 +1,4 @@
-#include "platform/system/shared_memory.h"
+#include "klv/platform/system/shared_memory.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

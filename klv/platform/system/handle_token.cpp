@@ -1,4 +1,4 @@
-#include "platform/handle_token.h"
+#include "klv/platform/system/handle_token.h"
 
 #include <new>
 #include <unordered_map>

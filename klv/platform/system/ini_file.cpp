@@ -1,4 +1,4 @@
-#include "platform/system/ini_file.h"
+#include "klv/platform/system/ini_file.h"
 
 #include <algorithm>
 #include <filesystem>

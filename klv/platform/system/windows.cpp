@@ -1,4 +1,4 @@
-#include "platform/system/windows.h"
+#include "klv/platform/system/windows.h"
 
 #include <algorithm>
 #include <new>
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/system/ini_file.h"
+#include "klv/platform/system/ini_file.h"
 #include "klv/base/wrapping.h"
 
 namespace klv {

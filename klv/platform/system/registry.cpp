@@ -1,4 +1,4 @@
-#include "platform/system/registry.h"
+#include "klv/platform/system/registry.h"
 
 #include <cstring>
 #include <memory>
@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/system/ini_file.h"
-#include "platform/system/settings.h"
+#include "klv/platform/system/ini_file.h"
+#include "klv/platform/system/settings.h"
 
 namespace klv {
 

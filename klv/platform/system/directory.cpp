@@ -1,4 +1,4 @@
-#include "platform/system/directory.h"
+#include "klv/platform/system/directory.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/system/path.h"
+#include "klv/platform/system/path.h"
 
 namespace klv {
 
