@@ -1,7 +1,7 @@
 #include "devices/device.h"
 #include "devices/graduated_fill.h"
 #include "geometry/shape.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <benchmark/benchmark.h>
 

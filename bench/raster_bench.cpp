@@ -1,4 +1,4 @@
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <benchmark/benchmark.h>
 

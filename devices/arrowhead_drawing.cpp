@@ -3,7 +3,7 @@
 #include "attributes/line_spec.h"
 #include "devices/device.h"
 #include "devices/pixel_units.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 /// What arrowheads do on a device; the line engine places them in device pixels.
 namespace klv {

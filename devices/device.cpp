@@ -4,7 +4,7 @@
 #include "devices/line_engine.h"
 #include "devices/point_list.h"
 #include "devices/screen.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include "devices/packed_dib.h"
 #include "images/dib_context.h"
 #include "images/memory_dib.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "devices/device.h"
 #include "devices/numbers.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <new>

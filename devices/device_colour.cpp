@@ -1,5 +1,5 @@
 #include "devices/device.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 /// Display modes: what a colour becomes on greyscale and separation output.
 namespace klv {

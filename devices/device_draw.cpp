@@ -5,7 +5,7 @@
 #include "devices/graduated_fill.h"
 #include "devices/numbers.h"
 #include "geometry/primitive_shapes.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <array>

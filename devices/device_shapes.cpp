@@ -3,7 +3,7 @@
 #include "devices/line_shape.h"
 #include "devices/point_list.h"
 #include "devices/polygon_clip.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cstring>

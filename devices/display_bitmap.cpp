@@ -8,7 +8,7 @@
 #include "devices/screen.h"
 #include "devices/transparency_mask.h"
 #include "images/image_context.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cstring>

@@ -4,7 +4,7 @@
 #include "devices/gem_patterns.h"
 #include "devices/packed_dib.h"
 #include "images/dib.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <span>
 

@@ -1,7 +1,7 @@
 #include "core/integer_math.h"
 #include "devices/device.h"
 #include "devices/font_detail.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include "core/integer_math.h"
 #include "devices/device.h"
 #include "devices/numbers.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "devices/device.h"
 #include "devices/numbers.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <numeric>

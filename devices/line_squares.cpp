@@ -1,6 +1,6 @@
 #include "devices/line_engine.h"
 #include "devices/numbers.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "devices/memory_device.h"
 
 #include "devices/screen.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <cstring>

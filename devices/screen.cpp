@@ -1,6 +1,6 @@
 #include "devices/screen.h"
 
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <cstddef>
 #include <numeric>

@@ -1,6 +1,6 @@
 #include "devices/screen_palette.h"
 
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 #include "klv/platform/system/registry.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "devices/font_detail.h"
 #include "devices/numbers.h"
 #include "geometry/primitive_shapes.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <array>

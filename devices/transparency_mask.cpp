@@ -1,7 +1,7 @@
 #include "devices/transparency_mask.h"
 
 #include "core/buffer.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 #include <array>

@@ -8,7 +8,7 @@
 #include "core/memory.h"
 #include "geometry/shape.h"
 #include "metafiles/metafile.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 namespace klv {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <numbers>
 
-#include "platform/gdi/font_charset.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/text/font_charset.h"
+#include "klv/gdi/gdi.h"
 
 namespace klv {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 // Text records of a Windows Metafile.
 

@@ -1,6 +1,6 @@
 #include "geometry/shape.h"
 
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 namespace klv {
 

@@ -9,7 +9,7 @@
 #include "images/matrix.h"
 #include "images/metafile_context.h"
 #include "metafiles/metafile.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 #include "klv/platform/system/handle_token.h"
 
 #include <algorithm>

@@ -5,7 +5,7 @@
 #include "devices/display_bitmap.h"
 #include "images/image_cache_store.h"
 #include "images/image_context.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 #include "klv/platform/system/memory_status.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 #include "core/string.h"
 #include "devices/device.h"
 #include "devices/font_detail.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 namespace klv {
 

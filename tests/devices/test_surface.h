@@ -1,7 +1,7 @@
 #pragma once
 
 #include "devices/device.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <cstdint>
 #include <string>

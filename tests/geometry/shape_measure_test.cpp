@@ -2,7 +2,7 @@
 
 #include "geometry/contour.h"
 #include "geometry/primitive_shapes.h"
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 #include "tests/geometry/shape_text.h"
 
 using namespace klv;

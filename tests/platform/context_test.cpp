@@ -1,4 +1,4 @@
-#include "platform/gdi/objects.h"
+#include "klv/gdi/state/objects.h"
 #include "tests/platform/raster_canvas.h"
 
 #include <gtest/gtest.h>

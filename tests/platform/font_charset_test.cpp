@@ -1,6 +1,6 @@
-#include "platform/gdi/font_charset.h"
-#include "platform/gdi/symbol_tables.h"
-#include "platform/gdi/text.h"
+#include "klv/gdi/text/font_charset.h"
+#include "klv/gdi/text/symbol_tables.h"
+#include "klv/gdi/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/gdi/gdi.h"
+#include "klv/gdi/gdi.h"
 
 #include <cstdint>
 #include <string>

@@ -6,8 +6,8 @@
 
 #include "devices/display_bitmap.h"
 #include "images/resample.h"
-#include "platform/gdi/gdi.h"
-#include "platform/gdi/paint_meter.h"
+#include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/paint_meter.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/interrupt.h"
 

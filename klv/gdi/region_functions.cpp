@@ -1,0 +1,188 @@
+#include "klv/gdi/raster/curves.h"
+#include "klv/gdi/gdi.h"
+#include "klv/gdi/state/region_object.h"
+#include "klv/gdi/raster/scan_converter.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace klv {
+
+using namespace gdi;
+
+namespace {
+
+HRGN make_region(region area)
+{
+    return handle_of<HRGN>(register_object(std::make_shared<region_object>(std::move(area))));
+}
+
+HRGN make_rounded_region(INT left, INT top, INT right, INT bottom, INT width, INT height)
+{
+    return guarded([&] {
+        region_builder rows;
+        const box area = ordered_box(left, top, right, bottom);
+        fill_rounded_box(area, width, height, area, rows);
+        return make_region(rows.take());
+    });
+}
+
+constexpr box everything{-(1 << 30), -(1 << 30), 1 << 30, 1 << 30};
+
+} // namespace
+
+HRGN CreateRectRgn(INT left, INT top, INT right, INT bottom) noexcept
+{
+    return guarded([&] {
+        const box b = ordered_box(left, top, right, bottom);
+        return make_region(is_empty(b) ? region() : region(b));
+    });
+}
+
+HRGN CreateRectRgnIndirect(const RECT* rect) noexcept
+{
+    return rect == nullptr ? nullptr : CreateRectRgn(rect->left, rect->top, rect->right, rect->bottom);
+}
+
+HRGN CreateEllipticRgn(INT left, INT top, INT right, INT bottom) noexcept
+{
+    return make_rounded_region(left, top, right, bottom, INT32_MAX, INT32_MAX);
+}
+
+HRGN CreateEllipticRgnIndirect(const RECT* rect) noexcept
+{
+    return rect == nullptr ? nullptr : CreateEllipticRgn(rect->left, rect->top, rect->right, rect->bottom);
+}
+
+HRGN CreateRoundRectRgn(INT left, INT top, INT right, INT bottom, INT width, INT height) noexcept
+{
+    return make_rounded_region(left, top, right, bottom, width, height);
+}
+
+HRGN CreatePolygonRgn(const POINT* points, INT count, INT mode) noexcept
+{
+    return CreatePolyPolygonRgn(points, &count, 1, mode);
+}
+
+HRGN CreatePolyPolygonRgn(const POINT* points, const INT* counts, INT polygons, INT mode) noexcept
+{
+    return guarded([&]() -> HRGN {
+        if (points == nullptr || counts == nullptr || polygons <= 0 || mode < ALTERNATE || mode > WINDING)
+            return nullptr;
+        if (std::any_of(counts, counts + polygons, [](INT n) { return n < 0; }))
+            return nullptr;
+        auto& converter = shared_scan_converter();
+        converter.begin(everything);
+        for (INT i = 0; i < polygons; ++i) {
+            const auto count = static_cast<std::size_t>(counts[i]);
+            converter.add_polygon(std::span(points, count));
+            points += count;
+        }
+        region_builder rows;
+        converter.run(mode == WINDING ? fill_rule::non_zero : fill_rule::even_odd, rows);
+        return make_region(rows.take());
+    });
+}
+
+BOOL SetRectRgn(HRGN handle, INT left, INT top, INT right, INT bottom) noexcept
+{
+    auto* r = find<region_object>(handle);
+    if (r == nullptr)
+        return FALSE;
+    const box b = ordered_box(left, top, right, bottom);
+    r->area = is_empty(b) ? region() : region(b);
+    return TRUE;
+}
+
+INT CombineRgn(HRGN result, HRGN first, HRGN second, INT mode) noexcept
+{
+    return guarded([&]() -> INT {
+        auto* to = find<region_object>(result);
+        const auto* a = find<region_object>(first);
+        const auto* b = find<region_object>(second);
+        if (to == nullptr || a == nullptr || (b == nullptr && mode != RGN_COPY))
+            return ERROR_REGION;
+        switch (mode) {
+        case RGN_AND:
+            to->area.intersect(a->area, b->area);
+            break;
+        case RGN_OR:
+            to->area.unite(a->area, b->area);
+            break;
+        case RGN_XOR:
+            to->area.exclusive_or(a->area, b->area);
+            break;
+        case RGN_DIFF:
+            to->area.subtract(a->area, b->area);
+            break;
+        case RGN_COPY:
+            to->area = a->area;
+            break;
+        default:
+            return ERROR_REGION;
+        }
+        return complexity(to->area);
+    });
+}
+
+INT GetRgnBox(HRGN handle, RECT* out) noexcept
+{
+    const auto* r = find<region_object>(handle);
+    if (r == nullptr || out == nullptr)
+        return ERROR_REGION;
+    const box& b = r->area.extents();
+    *out = r->area.empty() ? RECT{0, 0, 0, 0} : RECT{b.x1, b.y1, b.x2, b.y2};
+    return complexity(r->area);
+}
+
+INT OffsetRgn(HRGN handle, INT x, INT y) noexcept
+{
+    auto* r = find<region_object>(handle);
+    if (r == nullptr)
+        return ERROR_REGION;
+    r->area.move(x, y);
+    return complexity(r->area);
+}
+
+BOOL PtInRegion(HRGN handle, INT x, INT y) noexcept
+{
+    const auto* r = find<region_object>(handle);
+    return r != nullptr && r->area.contains(x, y);
+}
+
+BOOL RectInRegion(HRGN handle, const RECT* rect) noexcept
+{
+    const auto* r = find<region_object>(handle);
+    return r != nullptr && rect != nullptr
+        && r->area.touches(ordered_box(rect->left, rect->top, rect->right, rect->bottom));
+}
+
+BOOL EqualRgn(HRGN first, HRGN second) noexcept
+{
+    const auto* a = find<region_object>(first);
+    const auto* b = find<region_object>(second);
+    return a != nullptr && b != nullptr && a->area == b->area;
+}
+
+DWORD GetRegionData(HRGN handle, DWORD size, RGNDATA* data) noexcept
+{
+    const auto* r = find<region_object>(handle);
+    if (r == nullptr)
+        return 0;
+    const auto boxes = r->area.boxes();
+    const auto rect_bytes = static_cast<DWORD>(boxes.size() * sizeof(RECT));
+    const auto needed = static_cast<DWORD>(sizeof(RGNDATAHEADER)) + rect_bytes;
+    if (data == nullptr)
+        return needed;
+    if (size < needed)
+        return 0;
+    const box& b = r->area.extents();
+    data->rdh = {sizeof(RGNDATAHEADER), RDH_RECTANGLES, static_cast<DWORD>(boxes.size()), rect_bytes,
+        {b.x1, b.y1, b.x2, b.y2}};
+    static_assert(sizeof(box) == sizeof(RECT));
+    if (rect_bytes != 0)
+        std::memcpy(reinterpret_cast<char*>(data) + sizeof(RGNDATAHEADER), boxes.data(), rect_bytes);
+    return needed;
+}
+
+} // namespace klv

@@ -1,0 +1,257 @@
+#include "klv/gdi/text/font_face.h"
+#include "klv/gdi/gdi.h"
+#include "klv/gdi/text/text_run.h"
+
+#include <cstring>
+#include <utility>
+
+namespace klv::gdi {
+
+selected_font find_selected_font(const drawing_context& dc)
+{
+    selected_font selected;
+    selected.object = static_cast<const font_object*>(dc.state.font.get());
+    if (!selected.object)
+        return selected;
+    const auto ratio = [](LONG viewport, LONG window) {
+        const double scale = window != 0 ? std::abs(static_cast<double>(viewport) / window) : 1;
+        return scale > 0 ? scale : 1;
+    };
+    const mapping& map = dc.state.map;
+    selected.scale = {ratio(map.viewport_extent.cx, map.window_extent.cx),
+        ratio(map.viewport_extent.cy, map.window_extent.cy)};
+    auto font = realise(*selected.object, selected.scale);
+    if (font->usable())
+        selected.font = std::move(font);
+    return selected;
+}
+
+namespace {
+
+LONG logical(pixels length, double scale)
+{
+    constexpr double limit = 0x7FFFFFFF;
+    return static_cast<LONG>(std::lround(std::clamp(static_cast<double>(length) / scale, -limit, limit)));
+}
+
+// The first and last character of the sets, their default and their break character.
+constexpr BYTE first_character = 0x20;
+constexpr BYTE last_character = 0xFF;
+constexpr BYTE default_character = 0x80;
+
+BYTE pitch_and_family(const LOGFONTA& description, const font_face& face)
+{
+    const auto family = static_cast<BYTE>(description.lfPitchAndFamily & 0xF0);
+    const BYTE pitch = face.fixed_pitch() ? 0 : TMPF_FIXED_PITCH;
+    return static_cast<BYTE>(family | pitch | TMPF_VECTOR | TMPF_TRUETYPE);
+}
+
+TEXTMETRICA metrics_of(const drawing_context& dc, const selected_font& selected)
+{
+    const font_measures& px = selected.font->measures();
+    const LOGFONTA& description = selected.object->logical;
+    const double x = selected.scale.x;
+    const double y = selected.scale.y;
+    TEXTMETRICA tm{};
+    tm.tmHeight = logical(pixels{px.ascent} + px.descent, y);
+    tm.tmAscent = logical(px.ascent, y);
+    tm.tmDescent = tm.tmHeight - tm.tmAscent;
+    tm.tmInternalLeading = logical(px.internal_leading, y);
+    tm.tmExternalLeading = logical(px.external_leading, y);
+    tm.tmAveCharWidth = logical(px.average_width, x);
+    tm.tmMaxCharWidth = logical(px.maximum_width, x);
+    tm.tmWeight = description.lfWeight > 0 ? description.lfWeight : FW_NORMAL;
+    tm.tmDigitizedAspectX = dc.dots_per_inch_x;
+    tm.tmDigitizedAspectY = dc.dots_per_inch_y;
+    tm.tmFirstChar = first_character;
+    tm.tmLastChar = last_character;
+    tm.tmDefaultChar = default_character;
+    tm.tmBreakChar = ' ';
+    tm.tmItalic = description.lfItalic != 0;
+    tm.tmUnderlined = description.lfUnderline != 0;
+    tm.tmStruckOut = description.lfStrikeOut != 0;
+    tm.tmPitchAndFamily = pitch_and_family(description, *selected.font->face());
+    tm.tmCharSet = selected.font->charset();
+    return tm;
+}
+
+text_character single_byte(const realised_font& font, std::uint32_t code)
+{
+    const char byte = static_cast<char>(static_cast<std::uint8_t>(code));
+    return font.next({&byte, 1});
+}
+
+// A range of characters of one byte, first to last, both included.
+bool is_range(std::uint32_t first, std::uint32_t last) { return first <= last && last <= 0xFF; }
+
+// Calls body(selected font) where a context has one, and answers 0 where not.
+template <class Body> auto with_font(HDC handle, Body&& body) noexcept
+{
+    using answer = decltype(body(std::declval<drawing_context&>(), std::declval<selected_font&>()));
+    return guarded([&]() -> answer {
+        auto* dc = find_context(handle);
+        if (!dc)
+            return {};
+        selected_font selected = find_selected_font(*dc);
+        return selected.font ? body(*dc, selected) : answer{};
+    });
+}
+
+struct character_code {
+    std::uint16_t code;
+    std::uint32_t glyph;
+};
+
+std::vector<character_code> characters_of(const realised_font& font)
+{
+    std::vector<character_code> characters;
+    for (std::uint32_t code = first_character; code <= last_character; ++code) {
+        const text_character c = single_byte(font, code);
+        const std::uint32_t glyph = c.unicode != 0 ? font.face()->glyph_of(c.unicode) : 0;
+        if (glyph != 0)
+            characters.push_back({c.code, glyph});
+    }
+    return characters;
+}
+
+} // namespace
+} // namespace klv::gdi
+
+namespace klv {
+
+using namespace gdi;
+
+int GetTextMetricsA(HDC dc, TEXTMETRICA* metrics) noexcept
+{
+    return with_font(dc, [&](drawing_context& context, selected_font& selected) {
+        if (!metrics)
+            return 0;
+        *metrics = metrics_of(context, selected);
+        return 1;
+    });
+}
+
+int GetTextFaceA(HDC dc, int count, char* name) noexcept
+{
+    return with_font(dc, [&](drawing_context&, selected_font& selected) {
+        const std::string_view family = selected.font->face()->family();
+        const int needed = static_cast<int>(family.size()) + 1;
+        if (!name)
+            return needed;
+        if (count <= 0)
+            return 0;
+        const int written = std::min(count, needed);
+        std::memcpy(name, family.data(), static_cast<std::size_t>(written - 1));
+        name[written - 1] = '\0';
+        return written;
+    });
+}
+
+int GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* extent) noexcept
+{
+    return with_font(dc, [&](drawing_context& context, selected_font& selected) {
+        if (!extent || count < 0 || (!text && count > 0))
+            return 0;
+        const std::string_view bytes(text, static_cast<std::size_t>(count));
+        const font_measures& px = selected.font->measures();
+        extent->cx = logical(text_run(context, selected, bytes, nullptr).length(), selected.scale.x);
+        extent->cy = logical(pixels{px.ascent} + px.descent, selected.scale.y);
+        return 1;
+    });
+}
+
+int GetCharWidth32A(HDC dc, std::uint32_t first, std::uint32_t last, std::int32_t* widths) noexcept
+{
+    return with_font(dc, [&](drawing_context&, selected_font& selected) {
+        if (!widths || !is_range(first, last))
+            return 0;
+        for (std::uint32_t code = first; code <= last; ++code)
+            widths[code - first]
+                = logical(selected.font->advance(single_byte(*selected.font, code)), selected.scale.x);
+        return 1;
+    });
+}
+
+int GetCharWidthA(HDC dc, std::uint32_t first, std::uint32_t last, std::int32_t* widths) noexcept
+{
+    return GetCharWidth32A(dc, first, last, widths);
+}
+
+int GetCharABCWidthsA(HDC dc, std::uint32_t first, std::uint32_t last, ABC* widths) noexcept
+{
+    return with_font(dc, [&](drawing_context&, selected_font& selected) {
+        if (!widths || !is_range(first, last))
+            return 0;
+        for (std::uint32_t code = first; code <= last; ++code) {
+            const text_character c = single_byte(*selected.font, code);
+            const pixel_extent ink = selected.font->ink(c);
+            const LONG before = logical(ink.left, selected.scale.x);
+            const LONG width = logical(ink.right - ink.left, selected.scale.x);
+            const LONG advance = logical(selected.font->advance(c), selected.scale.x);
+            widths[code - first] = {before, static_cast<UINT>(width), advance - before - width};
+        }
+        return 1;
+    });
+}
+
+std::uint32_t GetKerningPairsA(HDC dc, std::uint32_t count, KERNINGPAIR* pairs) noexcept
+{
+    return with_font(dc, [&](drawing_context&, selected_font& selected) -> std::uint32_t {
+        const realised_font& font = *selected.font;
+        if (!font.face()->has_kerning())
+            return 0;
+        const auto characters = characters_of(font);
+        std::uint32_t found = 0;
+        for (const auto& left : characters)
+            for (const auto& right : characters) {
+                const LONG amount
+                    = logical(font.across(font.face()->kerning(left.glyph, right.glyph)), selected.scale.x);
+                if (amount == 0)
+                    continue;
+                if (pairs && found == count)
+                    return found;
+                if (pairs)
+                    pairs[found] = {left.code, right.code, amount};
+                ++found;
+            }
+        return found;
+    });
+}
+
+std::uint32_t SetTextAlign(HDC dc, std::uint32_t align) noexcept
+{
+    constexpr std::uint32_t failed = 0xFFFFFFFF;
+    auto* context = find_context(dc);
+    return context ? std::exchange(context->state.text_align, align) : failed;
+}
+
+std::uint32_t GetTextAlign(HDC dc) noexcept
+{
+    constexpr std::uint32_t failed = 0xFFFFFFFF;
+    const auto* context = find_context(dc);
+    return context ? context->state.text_align : failed;
+}
+
+int SetTextCharacterExtra(HDC dc, int extra) noexcept
+{
+    auto* context = find_context(dc);
+    return context ? std::exchange(context->state.character_extra, extra) : 0;
+}
+
+int GetTextCharacterExtra(HDC dc) noexcept
+{
+    const auto* context = find_context(dc);
+    return context ? context->state.character_extra : 0;
+}
+
+int SetTextJustification(HDC dc, int extra, int count) noexcept
+{
+    auto* context = find_context(dc);
+    if (!context)
+        return 0;
+    context->state.justify_extra = count > 0 ? extra : 0;
+    context->state.justify_count = std::max(count, 0);
+    return 1;
+}
+
+} // namespace klv
