@@ -4,7 +4,7 @@
 #include "images/dib_stream.h"
 #include "images/memory_dib.h"
 #include "images/resample.h"
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 #include "streams/memory_stream.h"
 

@@ -1,6 +1,6 @@
 // PNG and JPEG through the imaging module, each beside the bare library doing the same: same picture, same
 // settings, lines into and out of the same memory.
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/base/types.h"
 
 namespace klv {

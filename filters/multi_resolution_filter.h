@@ -3,7 +3,7 @@
 #include "core/point.h"
 #include "core/string.h"
 #include "filters/bitmap_filter.h"
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 
 #include <array>
 #include <cstdint>

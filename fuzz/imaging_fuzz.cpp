@@ -1,6 +1,6 @@
 // The front of the imaging module: whatever the bytes are, they are described, listed and loaded as the
 // filters do it, and what is delivered is what was described.
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
 #include <algorithm>

@@ -20,7 +20,7 @@
 #include "filters/wmf_filter.h"
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 #include "streams/implode.h"
 #include "streams/memory_stream.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "images/memory_dib.h"
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
 #include <gtest/gtest.h>

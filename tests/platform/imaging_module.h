@@ -1,7 +1,7 @@
 #pragma once
 
 #include "klv/base/byte_writer.h"
-#include "platform/imaging/imaging_api.h"
+#include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
 #include <gtest/gtest.h>
