@@ -4,7 +4,7 @@
 
 #include "attributes/arrowhead_tables.h"
 #include "attributes/line_spec.h"
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 
 namespace klv {
 

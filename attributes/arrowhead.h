@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "core/object.h"
-#include "core/point.h"
+#include "klv/core/object.h"
+#include "klv/core/point.h"
 #include "geometry/shape.h"
 
 namespace klv {

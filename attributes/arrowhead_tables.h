@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/point.h"
+#include "klv/core/point.h"
 
 namespace klv {
 

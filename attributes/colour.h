@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/object.h"
+#include "klv/core/object.h"
 #include "klv/base/types.h"
 
 namespace klv {

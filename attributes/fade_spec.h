@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "attributes/colour.h"
-#include "core/object.h"
+#include "klv/core/object.h"
 #include "geometry/shape.h"
 
 namespace klv {

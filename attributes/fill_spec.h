@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "attributes/colour.h"
-#include "core/object.h"
-#include "core/point.h"
-#include "core/real.h"
+#include "klv/core/object.h"
+#include "klv/core/point.h"
+#include "klv/core/real.h"
 
 namespace klv {
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "core/object.h"
-#include "core/real.h"
-#include "core/string.h"
+#include "klv/core/object.h"
+#include "klv/core/real.h"
+#include "klv/core/string.h"
 
 namespace klv {
 

@@ -5,7 +5,7 @@
 
 #include "attributes/arrowhead.h"
 #include "attributes/colour.h"
-#include "core/object.h"
+#include "klv/core/object.h"
 
 namespace klv {
 

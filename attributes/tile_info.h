@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "core/object.h"
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/object.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 
 namespace klv {
 

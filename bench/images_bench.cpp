@@ -1,5 +1,5 @@
 // Bitmaps: resampling, depth conversion, the stream form, and PNG writing.
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "filters/png_filter.h"
 #include "images/dib_stream.h"
 #include "images/memory_dib.h"

@@ -1,6 +1,6 @@
 #include "devices/colour_match.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
-#include "core/buffer.h"
-#include "core/collection.h"
+#include "klv/core/buffer.h"
+#include "klv/core/collection.h"
 #include "devices/device.h"
 #include "devices/fill_engine.h"
 #include "devices/graduated_fill.h"

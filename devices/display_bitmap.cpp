@@ -2,8 +2,8 @@
 
 #include "attributes/fill_spec.h"
 #include "attributes/line_spec.h"
-#include "core/integer_math.h"
-#include "core/memory.h"
+#include "klv/core/integer_math.h"
+#include "klv/core/memory.h"
 #include "devices/numbers.h"
 #include "devices/screen.h"
 #include "devices/transparency_mask.h"

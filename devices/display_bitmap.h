@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/buffer.h"
-#include "core/rect.h"
+#include "klv/core/buffer.h"
+#include "klv/core/rect.h"
 #include "devices/device.h"
 #include "klv/base/types.h"
 

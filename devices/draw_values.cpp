@@ -1,5 +1,5 @@
-#include "core/rect.h"
-#include "core/string.h"
+#include "klv/core/rect.h"
+#include "klv/core/string.h"
 #include "devices/device.h"
 #include "devices/screen.h"
 #include "geometry/shape.h"

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "attributes/font_spec.h"
-#include "core/memory.h"
-#include "core/object.h"
-#include "core/string.h"
+#include "klv/core/memory.h"
+#include "klv/core/object.h"
+#include "klv/core/string.h"
 #include "devices/device.h"
 #include "klv/base/types.h"
 

@@ -1,4 +1,4 @@
-#include "core/list.h"
+#include "klv/core/list.h"
 #include "devices/device.h"
 #include "devices/font_detail.h"
 #include "klv/gdi/gdi.h"

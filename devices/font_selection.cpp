@@ -1,4 +1,4 @@
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "devices/font_detail.h"
 #include "klv/gdi/gdi.h"

@@ -1,6 +1,6 @@
 #include "devices/graduated_fill.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "devices/numbers.h"
 #include "klv/gdi/gdi.h"

@@ -1,5 +1,5 @@
-#include "core/buffer.h"
-#include "core/integer_math.h"
+#include "klv/core/buffer.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "devices/graduated_fill.h"
 #include "devices/numbers.h"

@@ -1,6 +1,6 @@
 #include "devices/point_list.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/numbers.h"
 
 #include <utility>

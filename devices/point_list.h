@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "klv/base/types.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "devices/polygon_clip.h"
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "devices/numbers.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "devices/graduated_fill.h"
 #include "devices/numbers.h"

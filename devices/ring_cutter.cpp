@@ -1,4 +1,4 @@
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/band_cutter.h"
 #include "devices/numbers.h"
 #include "devices/outline_edges.h"

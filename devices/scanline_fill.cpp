@@ -1,6 +1,6 @@
 #include "devices/scanline_fill.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "devices/graduated_fill.h"
 #include "devices/numbers.h"

@@ -1,4 +1,4 @@
-#include "core/string.h"
+#include "klv/core/string.h"
 #include "devices/device.h"
 #include "devices/font_detail.h"
 #include "devices/numbers.h"

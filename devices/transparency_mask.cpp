@@ -1,6 +1,6 @@
 #include "devices/transparency_mask.h"
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

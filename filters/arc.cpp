@@ -8,7 +8,7 @@
 #include <numbers>
 #include <utility>
 
-#include "core/bezpoint.h"
+#include "klv/core/bezpoint.h"
 #include "geometry/primitive_shapes.h"
 #include "geometry/shape.h"
 

@@ -1,6 +1,6 @@
 #include "filters/bitmap_filter.h"
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "filters/imaging_library.h"
 #include "images/dib.h"
 #include "images/memory_dib.h"

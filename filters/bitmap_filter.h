@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/point.h"
+#include "klv/core/point.h"
 #include "filters/filter.h"
 
 namespace klv {

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string_view>
 
-#include "core/buffer.h"
-#include "core/resource_id.h"
+#include "klv/core/buffer.h"
+#include "klv/core/resource_id.h"
 #include "filters/tiff_filter.h"
 #include "klv/base/byte_reader.h"
 #include "streams/memory_stream.h"

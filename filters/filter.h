@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/object.h"
-#include "core/string.h"
+#include "klv/core/object.h"
+#include "klv/core/string.h"
 #include "filters/progress.h"
 #include "streams/archive.h"
 

@@ -1,6 +1,6 @@
 #include "filters/flashpix_filter.h"
 
-#include "core/resource_id.h"
+#include "klv/core/resource_id.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #include "filters/gif_decoder.h"
 
-#include "core/buffer.h"
-#include "core/progress.h"
+#include "klv/core/buffer.h"
+#include "klv/core/progress.h"
 #include "filters/gif_format.h"
 #include "filters/gif_lzw_decoder.h"
 #include "images/dib.h"

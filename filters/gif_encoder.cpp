@@ -1,8 +1,8 @@
 #include "filters/gif_encoder.h"
 
-#include "core/buffer.h"
-#include "core/memory.h"
-#include "core/progress.h"
+#include "klv/core/buffer.h"
+#include "klv/core/memory.h"
+#include "klv/core/progress.h"
 #include "filters/gif_format.h"
 #include "filters/gif_lzw_encoder.h"
 #include "images/dib.h"

@@ -1,7 +1,7 @@
 #include "filters/gif_filter.h"
 
-#include "core/memory.h"
-#include "core/resource_id.h"
+#include "klv/core/memory.h"
+#include "klv/core/resource_id.h"
 #include "filters/gif_decoder.h"
 #include "filters/gif_encoder.h"
 #include "filters/gif_outside_reader.h"

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "filters/filter.h"
 #include "filters/gif_lzw.h"
 

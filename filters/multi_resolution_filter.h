@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/point.h"
-#include "core/string.h"
+#include "klv/core/point.h"
+#include "klv/core/string.h"
 #include "filters/bitmap_filter.h"
 #include "klv/imaging/imaging_api.h"
 

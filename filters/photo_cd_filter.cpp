@@ -1,6 +1,6 @@
 #include "filters/photo_cd_filter.h"
 
-#include "core/resource_id.h"
+#include "klv/core/resource_id.h"
 
 namespace klv {
 

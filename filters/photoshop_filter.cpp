@@ -1,6 +1,6 @@
 #include "filters/photoshop_filter.h"
 
-#include "core/resource_id.h"
+#include "klv/core/resource_id.h"
 #include "filters/imaging_library.h"
 
 namespace klv {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/progress.h"
+#include "klv/core/progress.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 
 namespace klv {
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <optional>
 
-#include "core/object.h"
+#include "klv/core/object.h"
 #include "filters/tiff_huffman.h"
 #include "filters/tiff_lzw.h"
 #include "filters/tiff_packbits.h"

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <new>
 
-#include "core/resource_id.h"
+#include "klv/core/resource_id.h"
 #include "filters/imaging_library.h"
 #include "filters/tiff_decoder.h"
 #include "filters/tiff_directory.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/filter.h"
 #include "klv/base/types.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 
 namespace klv {
 

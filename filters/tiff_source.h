@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 
 namespace klv {
 

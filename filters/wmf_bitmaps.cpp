@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/wmf_attributes.h"
 #include "filters/wmf_mapping.h"
 #include "images/dib_context.h"

@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "filters/wmf_objects.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "images/memory_dib.h"
 
 namespace klv {

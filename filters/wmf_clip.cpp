@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "geometry/shape.h"
 #include "metafiles/metafile.h"
 #include "klv/gdi/gdi.h"

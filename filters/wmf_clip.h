@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "klv/base/types.h"
 
 namespace klv {

@@ -3,7 +3,7 @@
 #include <array>
 #include <new>
 
-#include "core/resource_id.h"
+#include "klv/core/resource_id.h"
 #include "filters/wmf_reader.h"
 #include "klv/formats/wmf_records.h"
 #include "streams/stream.h"

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "attributes/fill_spec.h"
-#include "core/point.h"
+#include "klv/core/point.h"
 #include "klv/base/types.h"
 
 #include <array>

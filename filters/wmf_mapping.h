@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 
 namespace klv {
 

@@ -6,8 +6,8 @@
 #include <variant>
 #include <vector>
 
-#include "core/memory.h"
-#include "core/string.h"
+#include "klv/core/memory.h"
+#include "klv/core/string.h"
 #include "images/stream_dib.h"
 #include "klv/base/types.h"
 #include "klv/formats/wmf_records.h"

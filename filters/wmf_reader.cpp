@@ -6,8 +6,8 @@
 #include <utility>
 #include <variant>
 
-#include "core/integer_math.h"
-#include "core/progress.h"
+#include "klv/core/integer_math.h"
+#include "klv/core/progress.h"
 #include "filters/stream_bytes.h"
 #include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "attributes/line_spec.h"
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/filter.h"
 #include "filters/wmf_bitmaps.h"
 #include "filters/wmf_blit.h"

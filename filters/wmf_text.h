@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "attributes/font_spec.h"
-#include "core/point.h"
+#include "klv/core/point.h"
 #include "filters/wmf_objects.h"
 #include "klv/base/types.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/point.h"
+#include "klv/core/point.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/point.h"
+#include "klv/core/point.h"
 #include "geometry/shape.h"
 #include "klv/base/types.h"
 

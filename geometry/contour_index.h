@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "geometry/edge_outline.h"
 #include "geometry/outline_tree.h"
 #include "klv/base/types.h"

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <optional>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "geometry/point_record.h"
 #include "klv/base/wrapping.h"
 

@@ -3,8 +3,8 @@
 #include <span>
 #include <vector>
 
-#include "core/bezpoint.h"
-#include "core/memory.h"
+#include "klv/core/bezpoint.h"
+#include "klv/core/memory.h"
 
 namespace klv {
 

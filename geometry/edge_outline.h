@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "geometry/exact.h"
 #include "klv/base/types.h"
 

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "geometry/shape.h"
 #include "klv/base/types.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "geometry/contour.h"
 #include "geometry/exact.h"
 #include "klv/base/wrapping.h"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "geometry/point_record.h"
 
 namespace klv {

@@ -1,4 +1,4 @@
-#include "core/point.h"
+#include "klv/core/point.h"
 #include "geometry/contour.h"
 #include "geometry/flat_outline.h"
 #include "geometry/shape.h"

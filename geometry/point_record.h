@@ -3,8 +3,8 @@
 #include <array>
 #include <cstdint>
 
-#include "core/bezpoint.h"
-#include "core/point.h"
+#include "klv/core/bezpoint.h"
+#include "klv/core/point.h"
 
 namespace klv {
 

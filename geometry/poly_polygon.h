@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "klv/base/types.h"
 
 namespace klv {

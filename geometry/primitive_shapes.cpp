@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "klv/base/wrapping.h"
 
 namespace klv {

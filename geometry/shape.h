@@ -4,11 +4,11 @@
 #include <span>
 #include <utility>
 
-#include "core/bezpoint.h"
-#include "core/buffer.h"
-#include "core/object.h"
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/bezpoint.h"
+#include "klv/core/buffer.h"
+#include "klv/core/object.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 #include "geometry/outline_walk.h"
 #include "geometry/point_record.h"
 #include "klv/base/types.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/object.h"
+#include "klv/core/object.h"
 #include "images/colour_model.h"
 #include "images/dib_header.h"
 #include "images/dib_palette.h"

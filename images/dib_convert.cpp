@@ -1,6 +1,6 @@
 #include "images/dib_convert.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "images/dib_reduce.h"
 #include "images/resample.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "images/dib.h"
 #include "klv/base/types.h"
 

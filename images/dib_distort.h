@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "images/colour_model.h"
 #include "images/dib_convert.h"
 

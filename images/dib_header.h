@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/object.h"
+#include "klv/core/object.h"
 #include "images/colour_model.h"
 #include "images/palette.h"
 #include "klv/base/types.h"

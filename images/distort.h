@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 
 #include <cstdint>
 

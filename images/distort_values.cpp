@@ -1,6 +1,6 @@
 // The members of the core values that need a distortion.
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 #include "images/distort.h"
 
 namespace klv {

@@ -1,6 +1,6 @@
 #include "images/image.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "geometry/primitive_shapes.h"
 #include "images/dib.h"

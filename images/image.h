@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/object.h"
-#include "core/point.h"
+#include "klv/core/object.h"
+#include "klv/core/point.h"
 #include "images/image_context.h"
 
 #include <cstdint>

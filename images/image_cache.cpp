@@ -1,6 +1,6 @@
 #include "images/image_cache.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "devices/device.h"
 #include "devices/display_bitmap.h"
 #include "images/image_cache_store.h"

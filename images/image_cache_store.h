@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/memory.h"
-#include "core/object.h"
+#include "klv/core/memory.h"
+#include "klv/core/object.h"
 
 #include <cstdint>
 #include <list>

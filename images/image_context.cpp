@@ -1,6 +1,6 @@
 #include "images/image_context.h"
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "images/matrix.h"
 
 #include <cmath>

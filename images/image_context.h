@@ -3,8 +3,8 @@
 #include "attributes/colour.h"
 #include "attributes/image_colour.h"
 #include "attributes/tile_info.h"
-#include "core/object.h"
-#include "core/rect.h"
+#include "klv/core/object.h"
+#include "klv/core/rect.h"
 #include "images/distort.h"
 
 #include <cstdint>

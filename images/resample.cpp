@@ -1,6 +1,6 @@
 #include "images/resample.h"
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 
 #include <algorithm>
 #include <array>

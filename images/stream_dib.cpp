@@ -1,6 +1,6 @@
 #include "images/stream_dib.h"
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "images/dib_convert.h"
 #include "images/dib_stream.h"
 #include "klv/base/wrapping.h"

@@ -5,7 +5,7 @@
 #include <limits>
 #include <memory>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "devices/display_bitmap.h"
 #include "images/dib_context.h"
 #include "images/matrix.h"

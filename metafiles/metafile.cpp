@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/collection.h"
-#include "core/progress.h"
+#include "klv/core/collection.h"
+#include "klv/core/progress.h"
 #include "images/dib.h"
 #include "images/dib_context.h"
 #include "metafiles/metafile_records.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 #include "devices/device.h"
 #include "klv/formats/wmf_records.h"
 #include "streams/stream.h"

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 #include "metafiles/record_stream.h"
 #include "klv/base/byte_reader.h"
 

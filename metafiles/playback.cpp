@@ -4,7 +4,7 @@
 #include <array>
 #include <new>
 
-#include "core/progress.h"
+#include "klv/core/progress.h"
 #include "devices/device.h"
 #include "geometry/primitive_shapes.h"
 #include "images/dib_context.h"

@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "attributes/image_colour.h"
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 #include "geometry/shape.h"
 #include "images/distort.h"
 #include "metafiles/metafile_records.h"

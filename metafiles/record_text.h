@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "metafiles/metafile_records.h"
 
 namespace klv {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 
 namespace klv {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "core/buffer.h"
-#include "core/string.h"
+#include "klv/core/buffer.h"
+#include "klv/core/string.h"
 #include "devices/device.h"
 #include "devices/font_detail.h"
 #include "klv/gdi/gdi.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/object.h"
+#include "klv/core/object.h"
 
 namespace klv {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/list.h"
+#include "klv/core/list.h"
 #include "streams/file.h"
 #include "streams/storage.h"
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <span>
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "klv/platform/system/file.h"
 #include "streams/typed_stream.h"
 

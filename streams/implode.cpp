@@ -5,7 +5,7 @@
 #include <bit>
 #include <cstring>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "streams/implode_code.h"
 
 namespace klv {

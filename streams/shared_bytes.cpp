@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 
 namespace klv {
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "core/list.h"
-#include "core/string.h"
+#include "klv/core/list.h"
+#include "klv/core/string.h"
 #include "streams/stream.h"
 
 namespace klv {

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "core/date.h"
-#include "core/string.h"
+#include "klv/core/date.h"
+#include "klv/core/string.h"
 
 namespace klv {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "core/buffer.h"
+#include "klv/core/buffer.h"
 #include "streams/compression_frame.h"
 #include "streams/explode.h"
 #include "streams/implode.h"

@@ -4,8 +4,8 @@
 #include <optional>
 #include <span>
 
-#include "core/buffer.h"
-#include "core/string.h"
+#include "klv/core/buffer.h"
+#include "klv/core/string.h"
 #include "streams/archive.h"
 
 namespace klv {

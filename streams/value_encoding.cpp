@@ -1,8 +1,8 @@
 #include <string_view>
 
-#include "core/buffer.h"
-#include "core/real.h"
-#include "core/string.h"
+#include "klv/core/buffer.h"
+#include "klv/core/real.h"
+#include "klv/core/string.h"
 #include "streams/stream.h"
 
 namespace klv {

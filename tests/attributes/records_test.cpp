@@ -6,7 +6,7 @@
 #include "attributes/image_colour.h"
 #include "attributes/line_spec.h"
 #include "attributes/tile_info.h"
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "devices/memory_device.h"
 #include "geometry/primitive_shapes.h"
 #include "images/memory_dib.h"

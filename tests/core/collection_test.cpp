@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "core/collection.h"
-#include "core/memory.h"
-#include "core/system.h"
+#include "klv/core/collection.h"
+#include "klv/core/memory.h"
+#include "klv/core/system.h"
 
 using namespace klv;
 

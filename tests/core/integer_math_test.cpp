@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/integer_math.h"
+#include "klv/core/integer_math.h"
 
 using namespace klv;
 

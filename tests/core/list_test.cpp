@@ -3,10 +3,10 @@
 #include <initializer_list>
 #include <string>
 
-#include "core/list.h"
-#include "core/memory.h"
-#include "core/ptr_list.h"
-#include "core/system.h"
+#include "klv/core/list.h"
+#include "klv/core/memory.h"
+#include "klv/core/ptr_list.h"
+#include "klv/core/system.h"
 
 using namespace klv;
 

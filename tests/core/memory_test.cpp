@@ -4,11 +4,11 @@
 #include <numeric>
 #include <vector>
 
-#include "core/buffer.h"
-#include "core/exception.h"
-#include "core/memory.h"
-#include "core/module.h"
-#include "core/system.h"
+#include "klv/core/buffer.h"
+#include "klv/core/exception.h"
+#include "klv/core/memory.h"
+#include "klv/core/module.h"
+#include "klv/core/system.h"
 #include "klv/base/byte_writer.h"
 #include "klv/platform/host.h"
 #include "klv/platform/system/windows.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/message.h"
+#include "klv/core/message.h"
 #include "klv/platform/host.h"
 
 using namespace klv;

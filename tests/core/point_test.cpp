@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "core/bezpoint.h"
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/bezpoint.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 
 using namespace klv;
 

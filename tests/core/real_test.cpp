@@ -3,8 +3,8 @@
 #include <cmath>
 #include <random>
 
-#include "core/range.h"
-#include "core/real.h"
+#include "klv/core/range.h"
+#include "klv/core/real.h"
 
 using namespace klv;
 

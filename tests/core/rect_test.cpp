@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/rect.h"
+#include "klv/core/rect.h"
 
 using namespace klv;
 

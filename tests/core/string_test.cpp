@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "core/library_strings.h"
-#include "core/memory.h"
-#include "core/resource_id.h"
-#include "core/string.h"
-#include "core/system.h"
+#include "klv/core/library_strings.h"
+#include "klv/core/memory.h"
+#include "klv/core/resource_id.h"
+#include "klv/core/string.h"
+#include "klv/core/system.h"
 
 using namespace klv;
 

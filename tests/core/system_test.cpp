@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "core/library_entry.h"
-#include "core/system.h"
+#include "klv/core/library_entry.h"
+#include "klv/core/system.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/platform/system/profile.h"

@@ -1,4 +1,4 @@
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "devices/display_bitmap.h"
 #include "devices/memory_device.h"
 #include "devices/screen.h"

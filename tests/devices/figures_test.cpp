@@ -1,4 +1,4 @@
-#include "core/collection.h"
+#include "klv/core/collection.h"
 #include "geometry/primitive_shapes.h"
 #include "test_surface.h"
 

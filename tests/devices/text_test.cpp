@@ -1,5 +1,5 @@
-#include "core/list.h"
-#include "core/string.h"
+#include "klv/core/list.h"
+#include "klv/core/string.h"
 #include "devices/font_detail.h"
 #include "tests/devices/test_surface.h"
 

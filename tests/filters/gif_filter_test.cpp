@@ -1,6 +1,6 @@
 #include "filters/gif_filter.h"
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/progress.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/progress.h"
 #include "filters/tiff_palette.h"
 #include "images/stream_dib.h"

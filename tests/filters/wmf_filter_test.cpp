@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/filter_list.h"
 #include "streams/file.h"
 #include "streams/ole_stream.h"

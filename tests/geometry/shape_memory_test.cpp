@@ -3,7 +3,7 @@
 #include <cmath>
 #include <functional>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "geometry/primitive_shapes.h"
 #include "images/matrix.h"
 #include "tests/attributes/stream_form.h"

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "geometry/primitive_shapes.h"
 #include "tests/attributes/stream_form.h"
 #include "tests/geometry/shape_text.h"

@@ -1,4 +1,4 @@
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "images/dib_stream.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"

@@ -1,5 +1,5 @@
 #include "attributes/tile_info.h"
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "images/distort.h"
 #include "images/matrix.h"
 #include "images/memory_dib.h"

@@ -1,5 +1,5 @@
-#include "core/point.h"
-#include "core/rect.h"
+#include "klv/core/point.h"
+#include "klv/core/rect.h"
 #include "images/matrix.h"
 
 #include <gtest/gtest.h>

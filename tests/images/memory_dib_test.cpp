@@ -1,5 +1,5 @@
 #include "attributes/colour.h"
-#include "core/rect.h"
+#include "klv/core/rect.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
 #include "tests/images/dib_text.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "filters/png_filter.h"
 #include "filters/wmf_filter.h"
 #include "streams/memory_stream.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "devices/memory_device.h"
 #include "geometry/primitive_shapes.h"
 #include "images/dib_context.h"

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "core/collection.h"
-#include "core/string.h"
+#include "klv/core/collection.h"
+#include "klv/core/string.h"
 #include "devices/device.h"
 #include "images/dib.h"
 #include "images/dib_context.h"

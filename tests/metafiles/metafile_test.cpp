@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/progress.h"
+#include "klv/core/progress.h"
 #include "geometry/shape.h"
 #include "metafiles/record_cursor.h"
 #include "tests/metafiles/picture_bytes.h"

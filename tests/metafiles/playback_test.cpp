@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "core/progress.h"
+#include "klv/core/progress.h"
 #include "geometry/primitive_shapes.h"
 #include "images/dib_context.h"
 #include "images/memory_dib.h"

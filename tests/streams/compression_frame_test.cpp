@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
-#include "core/memory.h"
-#include "core/string.h"
+#include "klv/core/memory.h"
+#include "klv/core/string.h"
 #include "streams/file.h"
 #include "streams/memory_stream.h"
 #include "streams/ole_stream.h"

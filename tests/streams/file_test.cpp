@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "core/memory.h"
+#include "klv/core/memory.h"
 #include "streams/file.h"
 #include "streams/memory_stream.h"
 #include "tests/streams/stream_testing.h"

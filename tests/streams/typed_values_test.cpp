@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "core/real.h"
-#include "core/string.h"
+#include "klv/core/real.h"
+#include "klv/core/string.h"
 #include "streams/memory_stream.h"
 #include "tests/streams/stream_testing.h"
 

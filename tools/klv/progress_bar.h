@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "core/progress.h"
+#include "klv/core/progress.h"
 
 namespace klv::tool {
 

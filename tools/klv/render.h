@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "attributes/colour.h"
-#include "core/point.h"
+#include "klv/core/point.h"
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
 
