@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "attributes/pantone_library.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include <new>
 
 #include "images/stream_dib.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #include "attributes/font_spec.h"
 
 #include "klv/base/wrapping.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

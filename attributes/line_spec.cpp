@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -11,7 +11,7 @@
 #include "filters/gif_decoder.h"
 #include "filters/gif_encoder.h"
 #include "images/memory_dib.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 #if KLV_BENCH_GIFLIB
 #include <gif_lib.h>

@@ -6,7 +6,7 @@
 #include "images/resample.h"
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 #include <benchmark/benchmark.h>
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "streams/explode.h"
-#include "streams/implode.h"
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
 
 #if KLV_BENCH_STORM
 #include <StormLib.h>

@@ -5,7 +5,7 @@
 
 #include "geometry/decompose.h"
 #include "geometry/shape.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 using namespace klv;
 

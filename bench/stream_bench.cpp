@@ -3,8 +3,8 @@
 #include <array>
 #include <cstdint>
 
-#include "streams/file.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 
 // The small reads and writes that records are made of, through the virtual interface.
 

@@ -13,7 +13,7 @@
 
 #include "filters/tiff_filter.h"
 #include "images/memory_dib.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/tiff_builder.h"
 
 #if KLV_BENCH_TIFF

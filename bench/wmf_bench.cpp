@@ -4,7 +4,7 @@
 
 #include "filters/wmf_filter.h"
 #include "metafiles/metafile.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/wmf_builder.h"
 
 // Simple records of a Windows metafile into a recorded picture: half of them set or select, half draw.

@@ -4,7 +4,7 @@
 #include "filters/imaging_library.h"
 #include "images/dib.h"
 #include "images/memory_dib.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 

@@ -9,7 +9,7 @@
 #include "klv/core/resource_id.h"
 #include "filters/tiff_filter.h"
 #include "klv/base/byte_reader.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include "klv/core/object.h"
 #include "klv/core/string.h"
 #include "filters/progress.h"
-#include "streams/archive.h"
+#include "klv/streams/archive.h"
 
 namespace klv {
 

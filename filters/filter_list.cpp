@@ -13,7 +13,7 @@
 #include "filters/targa_filter.h"
 #include "filters/tiff_filter.h"
 #include "filters/wmf_filter.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

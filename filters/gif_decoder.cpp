@@ -6,7 +6,7 @@
 #include "filters/gif_lzw_decoder.h"
 #include "images/dib.h"
 #include "images/dib_rows.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 #include <new>

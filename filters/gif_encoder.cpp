@@ -8,7 +8,7 @@
 #include "images/dib.h"
 #include "images/dib_reduce.h"
 #include "images/dib_rows.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 #include <bit>

@@ -8,7 +8,7 @@
 #include "filters/imaging_library.h"
 #include "images/memory_dib.h"
 #include "klv/base/byte_writer.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <array>
 #include <new>

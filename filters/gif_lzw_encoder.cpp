@@ -1,6 +1,6 @@
 #include "filters/gif_lzw_encoder.h"
 
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 

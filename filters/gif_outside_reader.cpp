@@ -4,7 +4,7 @@
 #include "klv/base/byte_reader.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <array>
 

@@ -2,7 +2,7 @@
 
 #include "klv/core/resource_id.h"
 #include "filters/imaging_library.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <array>
 

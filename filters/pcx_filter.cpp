@@ -3,7 +3,7 @@
 #include "klv/core/resource_id.h"
 #include "filters/imaging_library.h"
 #include "klv/base/byte_reader.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <array>
 #include <span>

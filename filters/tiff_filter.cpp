@@ -12,7 +12,7 @@
 #include "filters/tiff_palette.h"
 #include "images/dib.h"
 #include "klv/base/byte_reader.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #include "filters/vector_filter.h"
 
 #include "metafiles/metafile.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

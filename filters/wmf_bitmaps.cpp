@@ -13,7 +13,7 @@
 #include "filters/wmf_mapping.h"
 #include "images/dib_context.h"
 #include "metafiles/metafile.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 namespace klv {
 namespace {

@@ -6,7 +6,7 @@
 #include "klv/core/resource_id.h"
 #include "filters/wmf_reader.h"
 #include "klv/formats/wmf_records.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 namespace {

@@ -8,10 +8,10 @@
 
 #include "klv/core/integer_math.h"
 #include "klv/core/progress.h"
-#include "filters/stream_bytes.h"
+#include "klv/streams/stream_bytes.h"
 #include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 // Headers, the loop over the records, drawing state and the page.
 

@@ -4,7 +4,7 @@
 #include "images/matrix.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -5,9 +5,9 @@
 #include <span>
 #include <vector>
 
-#include "streams/explode.h"
-#include "streams/implode.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
+#include "klv/streams/memory_stream.h"
 
 // The first byte chooses what is done with the rest: explode it whole and in pieces, which must agree; read
 // it as the blocks of a stream; or implode it and take it back.

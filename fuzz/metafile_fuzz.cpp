@@ -7,7 +7,7 @@
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"
 #include "metafiles/record_text.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -10,8 +10,8 @@
 #include "filters/eps_filter.h"
 #include "filters/tiff_filter.h"
 #include "images/memory_dib.h"
-#include "streams/file.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 
 using namespace klv;
 

@@ -4,7 +4,7 @@
 #include "devices/memory_device.h"
 #include "filters/wmf_filter.h"
 #include "metafiles/metafile.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 // Any bytes as a Windows metafile, at both reading levels; what was read is drawn on a small device.
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <cstring>
 
-#include "streams/compression_frame.h"
-#include "streams/stream.h"
+#include "klv/streams/compression/compression_frame.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -3,8 +3,8 @@
 #include "klv/base/byte_reader.h"
 #include "klv/formats/dib_decode.h"
 #include "klv/base/wrapping.h"
-#include "streams/compression_frame.h"
-#include "streams/stream.h"
+#include "klv/streams/compression/compression_frame.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "images/dib_rows.h"
 #include "images/dib_stream.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 

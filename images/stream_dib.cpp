@@ -4,7 +4,7 @@
 #include "images/dib_convert.h"
 #include "images/dib_stream.h"
 #include "klv/base/wrapping.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 #include <algorithm>
 

@@ -11,7 +11,7 @@
 #include "images/dib_context.h"
 #include "metafiles/metafile_records.h"
 #include "metafiles/record_stream.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 namespace klv {
 

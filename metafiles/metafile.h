@@ -4,7 +4,7 @@
 #include "klv/core/rect.h"
 #include "devices/device.h"
 #include "klv/formats/wmf_records.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <cstdint>
 #include <memory>

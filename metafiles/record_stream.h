@@ -6,7 +6,7 @@
 
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

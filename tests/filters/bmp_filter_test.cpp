@@ -1,7 +1,7 @@
 #include "filters/bmp_filter.h"
 #include "filters/progress.h"
 #include "klv/base/byte_writer.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 
 #include "klv/base/byte_reader.h"
 #include "klv/base/byte_writer.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 #include "tests/filters/tiff_builder.h"
 

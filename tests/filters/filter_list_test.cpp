@@ -3,7 +3,7 @@
 #include "filters/filter_list.h"
 #include "filters/progress.h"
 #include "klv/platform/system/tick_count.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/wmf_builder.h"
 
 namespace klv {

@@ -6,7 +6,7 @@
 #include "images/stream_dib.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/gif_builder.h"
 
 #include <gtest/gtest.h>

@@ -9,8 +9,8 @@
 #include "filters/targa_filter.h"
 #include "images/memory_dib.h"
 #include "klv/platform/module_table.h"
-#include "streams/file.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 
 #include <gtest/gtest.h>
 

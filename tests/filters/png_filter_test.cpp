@@ -2,7 +2,7 @@
 #include "filters/png_filter.h"
 #include "filters/progress.h"
 #include "images/stream_dib.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 
 #include <gtest/gtest.h>

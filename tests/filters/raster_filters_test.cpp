@@ -10,7 +10,7 @@
 #include "filters/png_filter.h"
 #include "filters/targa_filter.h"
 #include "filters/tiff_filter.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 
 #include <gtest/gtest.h>

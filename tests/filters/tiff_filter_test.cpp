@@ -8,8 +8,8 @@
 #include "filters/progress.h"
 #include "filters/tiff_palette.h"
 #include "images/stream_dib.h"
-#include "streams/file.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 #include "tests/filters/tiff_builder.h"
 

@@ -8,7 +8,7 @@
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"
 #include "metafiles/record_text.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 namespace klv::test {
 

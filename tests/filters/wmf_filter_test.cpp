@@ -4,8 +4,8 @@
 
 #include "klv/core/memory.h"
 #include "filters/filter_list.h"
-#include "streams/file.h"
-#include "streams/ole_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/ole_stream.h"
 #include "tests/filters/wmf_builder.h"
 #include "tests/filters/wmf_conversion.h"
 #include "tests/filters/wmf_drawing.h"

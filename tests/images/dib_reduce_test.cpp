@@ -1,7 +1,7 @@
 #include "images/dib_dither.h"
 #include "images/dib_widen.h"
 #include "images/memory_dib.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
 #include "klv/base/byte_writer.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/images/dib_text.h"
 
 #include <gtest/gtest.h>

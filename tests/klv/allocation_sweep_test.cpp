@@ -7,7 +7,7 @@
 #include "klv/core/memory.h"
 #include "filters/png_filter.h"
 #include "filters/wmf_filter.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 #include "tests/filters/wmf_drawing.h"
 #include "tools/klv/failure.h"

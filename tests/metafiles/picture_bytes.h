@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 namespace klv {
 

@@ -5,9 +5,9 @@
 
 #include "klv/core/memory.h"
 #include "klv/core/string.h"
-#include "streams/file.h"
-#include "streams/memory_stream.h"
-#include "streams/ole_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
+#include "klv/streams/ole_stream.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

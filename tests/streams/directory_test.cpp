@@ -9,8 +9,8 @@
 #include <optional>
 
 #include "klv/platform/system/network.h"
-#include "streams/directory.h"
-#include "streams/store_iterator.h"
+#include "klv/streams/directory.h"
+#include "klv/streams/store_iterator.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "klv/core/memory.h"
-#include "streams/file.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "streams/explode.h"
-#include "streams/implode.h"
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

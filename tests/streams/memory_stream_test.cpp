@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "klv/core/memory.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

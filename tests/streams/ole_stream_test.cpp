@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "streams/ole_stream.h"
+#include "klv/streams/ole_stream.h"
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

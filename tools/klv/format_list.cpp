@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv::tool {
 namespace {

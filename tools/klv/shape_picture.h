@@ -9,7 +9,7 @@
 #include "geometry/shape.h"
 #include "metafiles/metafile.h"
 #include "metafiles/metafile_records.h"
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 #include "tools/klv/source.h"
 
 namespace klv::tool {

@@ -9,7 +9,7 @@
 #include "filters/filter.h"
 #include "images/memory_dib.h"
 #include "metafiles/metafile.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv::tool {
 

@@ -1,10 +1,10 @@
-#include "streams/explode.h"
+#include "klv/streams/compression/explode.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
-#include "streams/implode_code.h"
+#include "klv/streams/compression/implode_code.h"
 
 namespace klv {
 

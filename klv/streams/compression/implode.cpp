@@ -1,4 +1,4 @@
-#include "streams/implode.h"
+#include "klv/streams/compression/implode.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "klv/core/memory.h"
-#include "streams/implode_code.h"
+#include "klv/streams/compression/implode_code.h"
 
 namespace klv {
 

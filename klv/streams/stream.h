@@ -6,7 +6,7 @@
 
 #include "klv/core/buffer.h"
 #include "klv/core/string.h"
-#include "streams/archive.h"
+#include "klv/streams/archive.h"
 
 namespace klv {
 

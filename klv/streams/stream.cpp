@@ -1,13 +1,13 @@
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "klv/core/buffer.h"
-#include "streams/compression_frame.h"
-#include "streams/explode.h"
-#include "streams/implode.h"
+#include "klv/streams/compression/compression_frame.h"
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
 
 namespace klv {
 

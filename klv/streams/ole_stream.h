@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "klv/platform/system/ole_stream.h"
-#include "streams/typed_stream.h"
+#include "klv/streams/typed_stream.h"
 
 namespace klv {
 

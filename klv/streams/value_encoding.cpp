@@ -3,7 +3,7 @@
 #include "klv/core/buffer.h"
 #include "klv/core/real.h"
 #include "klv/core/string.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

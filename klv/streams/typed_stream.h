@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "klv/platform/system/handle_token.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

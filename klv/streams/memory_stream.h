@@ -5,8 +5,8 @@
 #include <memory>
 #include <span>
 
-#include "streams/shared_bytes.h"
-#include "streams/typed_stream.h"
+#include "klv/streams/shared_bytes.h"
+#include "klv/streams/typed_stream.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
-#include "filters/stream_bytes.h"
+#include "klv/streams/stream_bytes.h"
 
 #include <algorithm>
 #include <cstddef>
 
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

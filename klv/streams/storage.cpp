@@ -1,4 +1,4 @@
-#include "streams/storage.h"
+#include "klv/streams/storage.h"
 
 namespace klv {
 

@@ -1,4 +1,4 @@
-#include "streams/file.h"
+#include "klv/streams/file.h"
 
 #include <algorithm>
 

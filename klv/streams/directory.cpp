@@ -1,4 +1,4 @@
-#include "streams/directory.h"
+#include "klv/streams/directory.h"
 
 #include <ctime>
 #include <new>
@@ -8,7 +8,7 @@
 #include "klv/platform/system/directory.h"
 #include "klv/platform/system/network.h"
 #include "klv/platform/system/path.h"
-#include "streams/store_iterator.h"
+#include "klv/streams/store_iterator.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
-#include "streams/memory_stream.h"
+#include "klv/streams/memory_stream.h"
 
 #include <algorithm>
 
 #include "klv/base/wrapping.h"
-#include "streams/file.h"
+#include "klv/streams/file.h"
 
 namespace klv {
 

@@ -1,4 +1,4 @@
-#include "streams/shared_bytes.h"
+#include "klv/streams/shared_bytes.h"
 
 #include <algorithm>
 #include <new>

@@ -1,4 +1,4 @@
-#include "streams/ole_stream.h"
+#include "klv/streams/ole_stream.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 
 #include "klv/core/list.h"
 #include "klv/core/string.h"
-#include "streams/stream.h"
+#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,4 +1,4 @@
-#include "streams/compression_frame.h"
+#include "klv/streams/compression/compression_frame.h"
 
 #include "klv/base/byte_reader.h"
 

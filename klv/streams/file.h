@@ -6,7 +6,7 @@
 
 #include "klv/core/buffer.h"
 #include "klv/platform/system/file.h"
-#include "streams/typed_stream.h"
+#include "klv/streams/typed_stream.h"
 
 namespace klv {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "klv/core/list.h"
-#include "streams/file.h"
-#include "streams/storage.h"
+#include "klv/streams/file.h"
+#include "klv/streams/storage.h"
 
 namespace klv {
 
