@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"
 #include "klv/core/real.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "attributes/arrowhead.h"
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "klv/core/object.h"
 
 namespace klv {

@@ -1,7 +1,7 @@
 #include "devices/colour_override.h"
 
-#include "attributes/colour.h"
-#include "attributes/image_colour.h"
+#include "klv/colour/colour.h"
+#include "klv/colour/image_colour.h"
 #include "devices/device.h"
 
 #include <algorithm>

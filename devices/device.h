@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "attributes/fill_spec.h"
 #include "attributes/font_spec.h"
 #include "attributes/line_spec.h"

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "images/dib_context.h"
 #include "metafiles/metafile.h"
 

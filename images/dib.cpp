@@ -1,6 +1,6 @@
 #include "images/dib.h"
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 
 #include <new>
 

@@ -1,6 +1,6 @@
 #include "images/dib_palette.h"
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 
 namespace klv {
 

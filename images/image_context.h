@@ -1,7 +1,7 @@
 #pragma once
 
-#include "attributes/colour.h"
-#include "attributes/image_colour.h"
+#include "klv/colour/colour.h"
+#include "klv/colour/image_colour.h"
 #include "attributes/tile_info.h"
 #include "klv/core/object.h"
 #include "klv/core/rect.h"

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "attributes/fill_spec.h"
 #include "attributes/font_spec.h"
 #include "attributes/line_spec.h"

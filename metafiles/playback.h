@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "attributes/image_colour.h"
+#include "klv/colour/image_colour.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
 #include "geometry/shape.h"

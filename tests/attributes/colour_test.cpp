@@ -3,7 +3,7 @@
 #include <array>
 #include <tuple>
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "klv/platform/module_table.h"
 #include "tests/attributes/stream_form.h"
 

@@ -3,7 +3,7 @@
 #include "attributes/fade_spec.h"
 #include "attributes/fill_spec.h"
 #include "attributes/font_spec.h"
-#include "attributes/image_colour.h"
+#include "klv/colour/image_colour.h"
 #include "attributes/line_spec.h"
 #include "attributes/tile_info.h"
 #include "klv/core/memory.h"

@@ -1,4 +1,4 @@
-#include "attributes/image_colour.h"
+#include "klv/colour/image_colour.h"
 #include "attributes/tile_info.h"
 #include "devices/colour_match.h"
 #include "devices/colour_override.h"

@@ -1,4 +1,4 @@
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "images/dib_header.h"
 #include "images/dib_palette.h"
 

@@ -1,4 +1,4 @@
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "klv/core/rect.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"

@@ -1,8 +1,8 @@
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 
 #include <algorithm>
 
-#include "attributes/pantone_library.h"
+#include "klv/colour/pantone/pantone_library.h"
 #include "klv/streams/stream.h"
 
 namespace klv {

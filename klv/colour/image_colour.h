@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "attributes/colour.h"
+#include "klv/colour/colour.h"
 #include "klv/core/object.h"
 
 namespace klv {

@@ -1,4 +1,4 @@
-#include "attributes/pantone_library.h"
+#include "klv/colour/pantone/pantone_library.h"
 
 #include "klv/platform/module_table.h"
 

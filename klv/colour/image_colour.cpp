@@ -1,4 +1,4 @@
-#include "attributes/image_colour.h"
+#include "klv/colour/image_colour.h"
 
 #include <algorithm>
 
