@@ -4,7 +4,7 @@
 
 #include "klv/core/object.h"
 #include "klv/core/point.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 
 namespace klv {
 

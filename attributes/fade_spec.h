@@ -4,7 +4,7 @@
 
 #include "klv/colour/colour.h"
 #include "klv/core/object.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 
 namespace klv {
 

@@ -1,6 +1,6 @@
 #include "devices/device.h"
 #include "devices/graduated_fill.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "klv/gdi/gdi.h"
 
 #include <benchmark/benchmark.h>

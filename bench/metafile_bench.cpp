@@ -5,7 +5,7 @@
 #include <array>
 
 #include "devices/memory_device.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"
 

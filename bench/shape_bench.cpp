@@ -3,8 +3,8 @@
 #include <cmath>
 #include <vector>
 
-#include "geometry/decompose.h"
-#include "geometry/shape.h"
+#include "klv/geometry/planar/decompose.h"
+#include "klv/geometry/shape.h"
 #include "klv/streams/memory_stream.h"
 
 using namespace klv;

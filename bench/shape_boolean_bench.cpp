@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "bench/outlines.h"
-#include "geometry/contour.h"
-#include "geometry/shape.h"
-#include "geometry/shape_boolean.h"
+#include "klv/geometry/planar/contour.h"
+#include "klv/geometry/shape.h"
+#include "klv/geometry/planar/shape_boolean.h"
 
 #if KLV_BENCH_CLIPPER
 #include <clipper.hpp>

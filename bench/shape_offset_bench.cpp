@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "bench/outlines.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 
 #if KLV_BENCH_CLIPPER
 #include <clipper.hpp>

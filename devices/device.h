@@ -10,7 +10,7 @@
 #include "klv/core/real.h"
 #include "klv/core/rect.h"
 #include "devices/unit_mapping.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "klv/base/types.h"
 
 #include <concepts>

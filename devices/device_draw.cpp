@@ -4,7 +4,7 @@
 #include "devices/fill_engine.h"
 #include "devices/graduated_fill.h"
 #include "devices/numbers.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

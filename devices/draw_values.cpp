@@ -2,7 +2,7 @@
 #include "klv/core/string.h"
 #include "devices/device.h"
 #include "devices/screen.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 
 /// What the values below this floor ask of devices: to be drawn, and to be flattened through the screen.
 namespace klv {

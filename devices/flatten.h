@@ -2,8 +2,8 @@
 
 #include "devices/numbers.h"
 #include "devices/unit_mapping.h"
-#include "geometry/point_record.h"
-#include "geometry/shape.h"
+#include "klv/geometry/point_record.h"
+#include "klv/geometry/shape.h"
 #include "klv/base/types.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #include "devices/device.h"
 #include "devices/font_detail.h"
 #include "devices/numbers.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

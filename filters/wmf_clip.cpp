@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "klv/core/memory.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "metafiles/metafile.h"
 #include "klv/gdi/gdi.h"
 

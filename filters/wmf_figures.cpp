@@ -5,7 +5,7 @@
 #include <utility>
 #include <variant>
 
-#include "filters/arc.h"
+#include "klv/geometry/arc.h"
 #include "filters/wmf_attributes.h"
 #include "metafiles/metafile.h"
 

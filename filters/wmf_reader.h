@@ -16,7 +16,7 @@
 #include "filters/wmf_mapping.h"
 #include "filters/wmf_objects.h"
 #include "filters/wmf_text.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "klv/formats/wmf_records.h"
 
 namespace klv {

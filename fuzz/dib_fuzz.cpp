@@ -1,7 +1,7 @@
 // Stored bitmaps: whatever is read has rows that can be reached, and is read back as it was written.
 #include "attributes/tile_info.h"
 #include "klv/core/rect.h"
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 #include "images/memory_dib.h"
 #include "images/stream_dib.h"
 #include "klv/streams/memory_stream.h"

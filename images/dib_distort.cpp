@@ -2,7 +2,7 @@
 
 #include "attributes/tile_info.h"
 #include "images/colour_matcher.h"
-#include "images/distort.h"
+#include "klv/geometry/distort.h"
 #include "images/triangle_renderer.h"
 
 #include <algorithm>

@@ -2,11 +2,11 @@
 
 #include "klv/core/integer_math.h"
 #include "devices/device.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "images/dib.h"
 #include "images/dib_context.h"
 #include "images/image_cache.h"
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 #include "images/metafile_context.h"
 #include "metafiles/metafile.h"
 #include "klv/gdi/gdi.h"

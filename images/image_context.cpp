@@ -1,7 +1,7 @@
 #include "images/image_context.h"
 
 #include "klv/core/integer_math.h"
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 
 #include <cmath>
 

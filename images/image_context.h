@@ -5,7 +5,7 @@
 #include "attributes/tile_info.h"
 #include "klv/core/object.h"
 #include "klv/core/rect.h"
-#include "images/distort.h"
+#include "klv/geometry/distort.h"
 
 #include <cstdint>
 

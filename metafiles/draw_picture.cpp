@@ -8,7 +8,7 @@
 #include "klv/core/memory.h"
 #include "devices/display_bitmap.h"
 #include "images/dib_context.h"
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 #include "images/memory_dib.h"
 #include "images/metafile_context.h"
 #include "metafiles/playback.h"

@@ -14,7 +14,7 @@
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
 #include "klv/core/string.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "images/memory_dib.h"
 
 namespace klv {

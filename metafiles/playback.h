@@ -5,8 +5,8 @@
 #include "klv/colour/image_colour.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
-#include "geometry/shape.h"
-#include "images/distort.h"
+#include "klv/geometry/shape.h"
+#include "klv/geometry/distort.h"
 #include "metafiles/metafile_records.h"
 
 namespace klv {

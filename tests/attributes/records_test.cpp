@@ -8,7 +8,7 @@
 #include "attributes/tile_info.h"
 #include "klv/core/memory.h"
 #include "devices/memory_device.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "images/memory_dib.h"
 #include "tests/attributes/stream_form.h"
 

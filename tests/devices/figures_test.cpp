@@ -1,5 +1,5 @@
 #include "klv/core/collection.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

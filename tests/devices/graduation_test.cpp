@@ -1,6 +1,6 @@
 #include "devices/band_cutter.h"
 #include "devices/graduated_fill.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

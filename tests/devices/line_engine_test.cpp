@@ -1,7 +1,7 @@
 #include "devices/flatten.h"
 #include "devices/line_geometry.h"
 #include "devices/point_list.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "geometry/contour_index.h"
+#include "klv/geometry/planar/contour_index.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "geometry/crossings.h"
+#include "klv/geometry/planar/crossings.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <vector>
 
-#include "geometry/decompose.h"
+#include "klv/geometry/planar/decompose.h"
 #include "klv/platform/host.h"
 #include "tests/geometry/pairwise_walk.h"
 #include "tests/geometry/random_outlines.h"

@@ -1,4 +1,4 @@
-#include "geometry/decompose.h"
+#include "klv/geometry/planar/decompose.h"
 
 #include <gtest/gtest.h>
 

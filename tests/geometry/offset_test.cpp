@@ -4,8 +4,8 @@
 #include <limits>
 #include <random>
 
-#include "geometry/offset_corners.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/planar/offset_corners.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "tests/geometry/shape_text.h"
 
 using namespace klv;

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "geometry/poly_polygon.h"
+#include "klv/geometry/planar/poly_polygon.h"
 #include "klv/base/types.h"
 
 namespace klv {

@@ -1,4 +1,4 @@
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 
 #include <cmath>
 

@@ -4,8 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "geometry/poly_polygon.h"
-#include "geometry/shape.h"
+#include "klv/geometry/planar/poly_polygon.h"
+#include "klv/geometry/shape.h"
 
 namespace klv {
 

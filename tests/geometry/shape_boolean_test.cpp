@@ -1,4 +1,4 @@
-#include "geometry/shape_boolean.h"
+#include "klv/geometry/planar/shape_boolean.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "geometry/crossings.h"
-#include "geometry/exact.h"
-#include "geometry/primitive_shapes.h"
-#include "geometry/shape.h"
+#include "klv/geometry/planar/crossings.h"
+#include "klv/geometry/planar/exact.h"
+#include "klv/geometry/primitive_shapes.h"
+#include "klv/geometry/shape.h"
 #include "tests/geometry/random_outlines.h"
 #include "tests/geometry/shape_text.h"
 

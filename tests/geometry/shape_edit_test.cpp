@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "geometry/auto_curve.h"
+#include "klv/geometry/curves/auto_curve.h"
 #include "tests/geometry/shape_text.h"
 
 using namespace klv;

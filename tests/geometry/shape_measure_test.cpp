@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "geometry/contour.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/planar/contour.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "klv/gdi/gdi.h"
 #include "tests/geometry/shape_text.h"
 

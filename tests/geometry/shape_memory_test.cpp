@@ -4,8 +4,8 @@
 #include <functional>
 
 #include "klv/core/memory.h"
-#include "geometry/primitive_shapes.h"
-#include "images/matrix.h"
+#include "klv/geometry/primitive_shapes.h"
+#include "klv/geometry/matrix.h"
 #include "tests/attributes/stream_form.h"
 #include "tests/geometry/shape_text.h"
 

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "klv/core/memory.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "tests/attributes/stream_form.h"
 #include "tests/geometry/shape_text.h"
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "klv/core/memory.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "tests/geometry/shape_text.h"
 
 using namespace klv;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 
 namespace klv {
 

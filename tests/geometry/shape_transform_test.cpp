@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 #include "tests/geometry/shape_text.h"
 
 using namespace klv;

@@ -1,7 +1,7 @@
 #include "attributes/tile_info.h"
 #include "klv/core/rect.h"
-#include "images/distort.h"
-#include "images/matrix.h"
+#include "klv/geometry/distort.h"
+#include "klv/geometry/matrix.h"
 #include "images/memory_dib.h"
 #include "tests/images/dib_text.h"
 

@@ -1,5 +1,5 @@
 #include "devices/display_bitmap.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "images/dib_context.h"
 #include "images/image.h"
 #include "images/image_cache.h"

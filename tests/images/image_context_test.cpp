@@ -1,7 +1,7 @@
 #include "devices/device.h"
 #include "images/dib_context.h"
 #include "images/image_context.h"
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 #include "images/metafile_context.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
-#include "images/matrix.h"
+#include "klv/geometry/matrix.h"
 
 #include <gtest/gtest.h>
 

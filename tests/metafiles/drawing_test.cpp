@@ -4,7 +4,7 @@
 
 #include "klv/core/memory.h"
 #include "devices/memory_device.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "images/dib_context.h"
 #include "images/memory_dib.h"
 #include "images/metafile_context.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "klv/core/progress.h"
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "metafiles/record_cursor.h"
 #include "tests/metafiles/picture_bytes.h"
 

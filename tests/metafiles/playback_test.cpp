@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "klv/core/progress.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "images/dib_context.h"
 #include "images/memory_dib.h"
 #include "images/metafile_context.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "tools/klv/render.h"
 
 namespace klv::tool {

@@ -4,8 +4,8 @@
 #include <numbers>
 #include <utility>
 
-#include "filters/arc.h"
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/arc.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/sink.h"

@@ -3,7 +3,7 @@
 #include <array>
 #include <new>
 
-#include "geometry/primitive_shapes.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "metafiles/record_cursor.h"
 #include "metafiles/record_stream.h"
 #include "tools/klv/failure.h"

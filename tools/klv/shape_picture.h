@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "geometry/shape.h"
+#include "klv/geometry/shape.h"
 #include "metafiles/metafile.h"
 #include "metafiles/metafile_records.h"
 #include "klv/streams/memory_stream.h"
