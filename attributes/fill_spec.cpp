@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "images/stream_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/stream.h"
 
 namespace klv {

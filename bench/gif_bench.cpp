@@ -10,7 +10,7 @@
 
 #include "filters/gif_decoder.h"
 #include "filters/gif_encoder.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 
 #if KLV_BENCH_GIFLIB

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "filters/tiff_filter.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/tiff_builder.h"
 

@@ -1,5 +1,5 @@
 #include "devices/device.h"
-#include "images/dib.h"
+#include "klv/bitmaps/dib.h"
 
 #include <new>
 #include <utility>

@@ -3,8 +3,8 @@
 #include "devices/colour_override.h"
 #include "devices/device.h"
 #include "devices/packed_dib.h"
-#include "images/dib_context.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 #include "devices/numbers.h"
 #include "devices/screen.h"
 #include "devices/transparency_mask.h"
-#include "images/image_context.h"
+#include "klv/bitmaps/image_context.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "devices/device.h"
 #include "devices/gem_patterns.h"
 #include "devices/packed_dib.h"
-#include "images/dib.h"
+#include "klv/bitmaps/dib.h"
 #include "klv/gdi/gdi.h"
 
 #include <span>

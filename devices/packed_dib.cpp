@@ -1,6 +1,6 @@
 #include "devices/packed_dib.h"
 
-#include "images/dib.h"
+#include "klv/bitmaps/dib.h"
 
 #include <cstring>
 #include <span>

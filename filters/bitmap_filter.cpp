@@ -2,8 +2,8 @@
 
 #include "klv/core/buffer.h"
 #include "filters/imaging_library.h"
-#include "images/dib.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "filters/filter.h"
-#include "images/colour_model.h"
+#include "klv/bitmaps/colour_model.h"
 #include "klv/base/types.h"
 
 /// Reading GIF files: the first image that has a colour table.

@@ -5,9 +5,9 @@
 #include "klv/core/progress.h"
 #include "filters/gif_format.h"
 #include "filters/gif_lzw_encoder.h"
-#include "images/dib.h"
-#include "images/dib_reduce.h"
-#include "images/dib_rows.h"
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_reduce.h"
+#include "klv/bitmaps/dib_rows.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>

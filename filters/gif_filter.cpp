@@ -6,7 +6,7 @@
 #include "filters/gif_encoder.h"
 #include "filters/gif_outside_reader.h"
 #include "filters/imaging_library.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/base/byte_writer.h"
 #include "klv/streams/stream.h"
 

@@ -1,6 +1,6 @@
 #include "filters/gif_outside_reader.h"
 
-#include "images/dib.h"
+#include "klv/bitmaps/dib.h"
 #include "klv/base/byte_reader.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"

@@ -10,7 +10,7 @@
 #include "filters/tiff_decoder.h"
 #include "filters/tiff_directory.h"
 #include "filters/tiff_palette.h"
-#include "images/dib.h"
+#include "klv/bitmaps/dib.h"
 #include "klv/base/byte_reader.h"
 #include "klv/streams/stream.h"
 

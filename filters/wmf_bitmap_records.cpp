@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "metafiles/metafile.h"
 
 // Bitmap records of a Windows Metafile.

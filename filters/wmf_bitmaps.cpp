@@ -11,7 +11,7 @@
 #include "klv/core/memory.h"
 #include "filters/wmf_attributes.h"
 #include "filters/wmf_mapping.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"
 

@@ -7,8 +7,8 @@
 
 #include "klv/core/rect.h"
 #include "filters/wmf_objects.h"
-#include "images/memory_dib.h"
-#include "images/stream_dib.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/base/byte_reader.h"
 #include "klv/base/types.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "klv/colour/colour.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "metafiles/metafile.h"
 
 namespace klv {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "klv/core/rect.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 
 namespace klv {
 

@@ -8,7 +8,7 @@
 
 #include "klv/core/memory.h"
 #include "klv/core/string.h"
-#include "images/stream_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/base/types.h"
 #include "klv/formats/wmf_records.h"
 

@@ -1,6 +1,6 @@
 // Any bytes as a GIF file: both ways of reading agree, and what was read comes back as it was after writing.
 #include "filters/gif_filter.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 
 #include <algorithm>

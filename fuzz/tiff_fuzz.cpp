@@ -9,7 +9,7 @@
 
 #include "filters/eps_filter.h"
 #include "filters/tiff_filter.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"
 

@@ -18,7 +18,7 @@
 #include "filters/targa_filter.h"
 #include "filters/tiff_filter.h"
 #include "filters/wmf_filter.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"

@@ -2,7 +2,7 @@
 
 #include "klv/core/object.h"
 #include "klv/core/point.h"
-#include "images/image_context.h"
+#include "klv/bitmaps/image_context.h"
 
 #include <cstdint>
 

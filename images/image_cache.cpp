@@ -4,7 +4,7 @@
 #include "devices/device.h"
 #include "devices/display_bitmap.h"
 #include "images/image_cache_store.h"
-#include "images/image_context.h"
+#include "klv/bitmaps/image_context.h"
 #include "klv/gdi/gdi.h"
 #include "klv/platform/system/memory_status.h"
 

@@ -1,7 +1,7 @@
 #include "images/image_cache_store.h"
 
 #include "devices/display_bitmap.h"
-#include "images/image_context.h"
+#include "klv/bitmaps/image_context.h"
 #include "klv/platform/host.h"
 
 #include <algorithm>

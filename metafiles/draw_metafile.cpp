@@ -1,5 +1,5 @@
 #include "devices/device.h"
-#include "images/metafile_context.h"
+#include "klv/bitmaps/metafile_context.h"
 #include "metafiles/metafile.h"
 
 namespace klv {

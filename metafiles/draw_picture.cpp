@@ -7,10 +7,10 @@
 
 #include "klv/core/memory.h"
 #include "devices/display_bitmap.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "klv/geometry/matrix.h"
-#include "images/memory_dib.h"
-#include "images/metafile_context.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/metafile_context.h"
 #include "metafiles/playback.h"
 #include "metafiles/rectangles.h"
 

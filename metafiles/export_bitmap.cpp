@@ -4,10 +4,10 @@
 #include <cmath>
 #include <memory>
 
-#include "images/dib.h"
-#include "images/dib_context.h"
-#include "images/dib_palette.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/dib_palette.h"
+#include "klv/bitmaps/memory_dib.h"
 
 namespace klv {
 

@@ -7,8 +7,8 @@
 
 #include "klv/core/collection.h"
 #include "klv/core/progress.h"
-#include "images/dib.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_context.h"
 #include "metafiles/metafile_records.h"
 #include "metafiles/record_stream.h"
 #include "klv/streams/memory_stream.h"

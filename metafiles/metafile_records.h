@@ -15,7 +15,7 @@
 #include "klv/core/rect.h"
 #include "klv/core/string.h"
 #include "klv/geometry/shape.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 
 namespace klv {
 

@@ -7,7 +7,7 @@
 #include "klv/core/progress.h"
 #include "devices/device.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"
 #include "metafiles/rectangles.h"

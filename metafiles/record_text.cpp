@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "images/dib.h"
+#include "klv/bitmaps/dib.h"
 
 namespace klv {
 

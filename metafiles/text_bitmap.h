@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 
 namespace klv {
 

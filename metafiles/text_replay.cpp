@@ -3,8 +3,8 @@
 
 #include "devices/device.h"
 #include "devices/font_detail.h"
-#include "images/dib_context.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "metafiles/playback.h"
 #include "metafiles/rectangles.h"

@@ -5,11 +5,11 @@
 #include "attributes/font_spec.h"
 #include "klv/colour/image_colour.h"
 #include "attributes/line_spec.h"
-#include "attributes/tile_info.h"
+#include "klv/bitmaps/tile_info.h"
 #include "klv/core/memory.h"
 #include "devices/memory_device.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "tests/attributes/stream_form.h"
 
 using namespace klv;

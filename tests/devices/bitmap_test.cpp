@@ -1,9 +1,9 @@
 #include "klv/colour/image_colour.h"
-#include "attributes/tile_info.h"
+#include "klv/bitmaps/tile_info.h"
 #include "devices/colour_match.h"
 #include "devices/colour_override.h"
-#include "images/dib_context.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include "devices/display_bitmap.h"
 #include "devices/memory_device.h"
 #include "devices/screen.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "tests/devices/test_surface.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 
 #include "klv/core/memory.h"
 #include "filters/progress.h"
-#include "images/memory_dib.h"
-#include "images/stream_dib.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/streams/memory_stream.h"

@@ -7,7 +7,7 @@
 #include "filters/photoshop_filter.h"
 #include "filters/png_filter.h"
 #include "filters/targa_filter.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/platform/module_table.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"

@@ -1,7 +1,7 @@
 #include "filters/imaging_library.h"
 #include "filters/png_filter.h"
 #include "filters/progress.h"
-#include "images/stream_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 

@@ -7,7 +7,7 @@
 #include "klv/core/memory.h"
 #include "filters/progress.h"
 #include "filters/tiff_palette.h"
-#include "images/stream_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"

@@ -1,6 +1,6 @@
 #include "klv/colour/colour.h"
-#include "images/dib_header.h"
-#include "images/dib_palette.h"
+#include "klv/bitmaps/dib_header.h"
+#include "klv/bitmaps/dib_palette.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "images/dib_dither.h"
-#include "images/dib_widen.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/pixels/dib_dither.h"
+#include "klv/bitmaps/dib_widen.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 
 #include <gtest/gtest.h>

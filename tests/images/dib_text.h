@@ -1,6 +1,6 @@
 #pragma once
 
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 
 #include <string>
 #include <vector>

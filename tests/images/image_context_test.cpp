@@ -1,8 +1,8 @@
 #include "devices/device.h"
-#include "images/dib_context.h"
-#include "images/image_context.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/image_context.h"
 #include "klv/geometry/matrix.h"
-#include "images/metafile_context.h"
+#include "klv/bitmaps/metafile_context.h"
 
 #include <gtest/gtest.h>
 

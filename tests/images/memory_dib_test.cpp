@@ -1,7 +1,7 @@
 #include "klv/colour/colour.h"
 #include "klv/core/rect.h"
-#include "images/memory_dib.h"
-#include "images/stream_dib.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "tests/images/dib_text.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "images/resample.h"
+#include "klv/bitmaps/pixels/resample.h"
 
 #include <gtest/gtest.h>
 

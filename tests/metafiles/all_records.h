@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "metafiles/metafile_records.h"
 #include "metafiles/record_stream.h"

@@ -7,8 +7,8 @@
 #include "klv/core/collection.h"
 #include "klv/core/string.h"
 #include "devices/device.h"
-#include "images/dib.h"
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_context.h"
 
 namespace klv {
 

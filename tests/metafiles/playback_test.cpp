@@ -2,9 +2,9 @@
 
 #include "klv/core/progress.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "images/dib_context.h"
-#include "images/memory_dib.h"
-#include "images/metafile_context.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/metafile_context.h"
 #include "metafiles/metafile.h"
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/fake_device.h"

@@ -2,8 +2,8 @@
 
 #include "klv/core/collection.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "images/dib_context.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"
 #include "tests/metafiles/picture_bytes.h"

@@ -5,7 +5,7 @@
 #include <utility>
 #include <variant>
 
-#include "images/dib_context.h"
+#include "klv/bitmaps/dib_context.h"
 #include "metafiles/record_cursor.h"
 #include "tools/klv/failure.h"
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 
 namespace klv::tool {

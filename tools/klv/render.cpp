@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "devices/display_bitmap.h"
-#include "images/resample.h"
+#include "klv/bitmaps/pixels/resample.h"
 #include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/paint_meter.h"
 #include "tools/klv/failure.h"

@@ -5,7 +5,7 @@
 
 #include "klv/colour/colour.h"
 #include "klv/core/point.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 
 namespace klv::tool {

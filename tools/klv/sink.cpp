@@ -9,7 +9,7 @@
 
 #include "filters/bitmap_filter.h"
 #include "filters/imaging_library.h"
-#include "images/dib_widen.h"
+#include "klv/bitmaps/dib_widen.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"
 #include "tools/klv/bitmap_picture.h"

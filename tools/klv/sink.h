@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 
 namespace klv::tool {

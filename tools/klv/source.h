@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "filters/filter.h"
-#include "images/memory_dib.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"
 #include "klv/streams/stream.h"
 
