@@ -1,9 +1,9 @@
 #pragma once
 
 #include "klv/colour/colour.h"
-#include "attributes/fill_spec.h"
-#include "attributes/font_spec.h"
-#include "attributes/line_spec.h"
+#include "klv/attributes/fill_spec.h"
+#include "klv/attributes/font_spec.h"
+#include "klv/attributes/line_spec.h"
 #include "klv/core/memory.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"

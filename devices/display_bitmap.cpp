@@ -1,7 +1,7 @@
 #include "devices/display_bitmap.h"
 
-#include "attributes/fill_spec.h"
-#include "attributes/line_spec.h"
+#include "klv/attributes/fill_spec.h"
+#include "klv/attributes/line_spec.h"
 #include "klv/core/integer_math.h"
 #include "klv/core/memory.h"
 #include "devices/numbers.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "attributes/font_spec.h"
+#include "klv/attributes/font_spec.h"
 #include "klv/core/memory.h"
 #include "klv/core/object.h"
 #include "klv/core/string.h"

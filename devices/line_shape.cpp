@@ -1,6 +1,6 @@
 #include "devices/line_shape.h"
 
-#include "attributes/arrowhead.h"
+#include "klv/attributes/arrowhead.h"
 #include "devices/device.h"
 #include "devices/flatten.h"
 #include "devices/line_engine.h"

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "attributes/fill_spec.h"
+#include "klv/attributes/fill_spec.h"
 #include "klv/base/types.h"
 
 // The attributes that a Windows Metafile's numbers stand for.

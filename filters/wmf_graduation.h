@@ -4,7 +4,7 @@
 #include <optional>
 #include <span>
 
-#include "attributes/fill_spec.h"
+#include "klv/attributes/fill_spec.h"
 #include "klv/core/point.h"
 #include "klv/base/types.h"
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "attributes/line_spec.h"
+#include "klv/attributes/line_spec.h"
 #include "klv/core/memory.h"
 #include "filters/filter.h"
 #include "filters/wmf_bitmaps.h"

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "attributes/font_spec.h"
+#include "klv/attributes/font_spec.h"
 #include "klv/core/point.h"
 #include "filters/wmf_objects.h"
 #include "klv/base/types.h"

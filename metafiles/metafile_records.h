@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "klv/colour/colour.h"
-#include "attributes/fill_spec.h"
-#include "attributes/font_spec.h"
-#include "attributes/line_spec.h"
+#include "klv/attributes/fill_spec.h"
+#include "klv/attributes/font_spec.h"
+#include "klv/attributes/line_spec.h"
 #include "klv/core/memory.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "attributes/line_spec.h"
+#include "klv/attributes/line_spec.h"
 
 using namespace klv;
 

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "attributes/fade_spec.h"
-#include "attributes/fill_spec.h"
-#include "attributes/font_spec.h"
+#include "klv/attributes/fade_spec.h"
+#include "klv/attributes/fill_spec.h"
+#include "klv/attributes/font_spec.h"
 #include "klv/colour/image_colour.h"
-#include "attributes/line_spec.h"
+#include "klv/attributes/line_spec.h"
 #include "klv/bitmaps/tile_info.h"
 #include "klv/core/memory.h"
 #include "devices/memory_device.h"

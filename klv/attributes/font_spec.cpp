@@ -1,4 +1,4 @@
-#include "attributes/font_spec.h"
+#include "klv/attributes/font_spec.h"
 
 #include "klv/base/wrapping.h"
 #include "klv/streams/stream.h"

@@ -1,9 +1,9 @@
-#include "attributes/arrowhead.h"
+#include "klv/attributes/arrowhead.h"
 
 #include <cmath>
 
-#include "attributes/arrowhead_tables.h"
-#include "attributes/line_spec.h"
+#include "klv/attributes/detail/arrowhead_tables.h"
+#include "klv/attributes/line_spec.h"
 #include "klv/core/integer_math.h"
 
 namespace klv {

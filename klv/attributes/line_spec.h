@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "attributes/arrowhead.h"
+#include "klv/attributes/arrowhead.h"
 #include "klv/colour/colour.h"
 #include "klv/core/object.h"
 

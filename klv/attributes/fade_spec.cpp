@@ -1,4 +1,4 @@
-#include "attributes/fade_spec.h"
+#include "klv/attributes/fade_spec.h"
 
 #include <algorithm>
 

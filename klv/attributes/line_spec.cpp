@@ -1,4 +1,4 @@
-#include "attributes/line_spec.h"
+#include "klv/attributes/line_spec.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "attributes/fill_spec.h"
+#include "klv/attributes/fill_spec.h"
 
 #include <new>
 

@@ -1,4 +1,4 @@
-#include "attributes/arrowhead_tables.h"
+#include "klv/attributes/detail/arrowhead_tables.h"
 
 namespace klv {
 
