@@ -1,5 +1,5 @@
-#include "devices/device.h"
-#include "devices/graduated_fill.h"
+#include "klv/devices/device.h"
+#include "klv/devices/fill/graduated_fill.h"
 #include "klv/geometry/shape.h"
 #include "klv/gdi/gdi.h"
 

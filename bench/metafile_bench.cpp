@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "devices/memory_device.h"
+#include "klv/devices/memory_device.h"
 #include "klv/geometry/shape.h"
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "devices/memory_device.h"
+#include "klv/devices/memory_device.h"
 #include "metafiles/metafile.h"
 #include "metafiles/record_cursor.h"
 #include "metafiles/record_text.h"

@@ -1,7 +1,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "devices/memory_device.h"
+#include "klv/devices/memory_device.h"
 #include "filters/wmf_filter.h"
 #include "metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"

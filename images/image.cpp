@@ -1,7 +1,7 @@
 #include "images/image.h"
 
 #include "klv/core/integer_math.h"
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_context.h"

@@ -1,8 +1,8 @@
 #include "images/image_cache.h"
 
 #include "klv/core/integer_math.h"
-#include "devices/device.h"
-#include "devices/display_bitmap.h"
+#include "klv/devices/device.h"
+#include "klv/devices/display_bitmap.h"
 #include "images/image_cache_store.h"
 #include "klv/bitmaps/image_context.h"
 #include "klv/gdi/gdi.h"

@@ -1,6 +1,6 @@
 #include "images/image_cache_store.h"
 
-#include "devices/display_bitmap.h"
+#include "klv/devices/display_bitmap.h"
 #include "klv/bitmaps/image_context.h"
 #include "klv/platform/host.h"
 

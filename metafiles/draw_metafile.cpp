@@ -1,4 +1,4 @@
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/bitmaps/metafile_context.h"
 #include "metafiles/metafile.h"
 

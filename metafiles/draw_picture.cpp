@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "klv/core/memory.h"
-#include "devices/display_bitmap.h"
+#include "klv/devices/display_bitmap.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/geometry/matrix.h"
 #include "klv/bitmaps/memory_dib.h"

@@ -2,7 +2,7 @@
 
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/formats/wmf_records.h"
 #include "klv/streams/stream.h"
 

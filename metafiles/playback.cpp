@@ -5,7 +5,7 @@
 #include <new>
 
 #include "klv/core/progress.h"
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "metafiles/metafile.h"

@@ -5,8 +5,8 @@
 
 #include "klv/core/buffer.h"
 #include "klv/core/string.h"
-#include "devices/device.h"
-#include "devices/font_detail.h"
+#include "klv/devices/device.h"
+#include "klv/devices/font_detail.h"
 #include "klv/gdi/gdi.h"
 
 namespace klv {

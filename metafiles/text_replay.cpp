@@ -1,8 +1,8 @@
 #include <cmath>
 #include <memory>
 
-#include "devices/device.h"
-#include "devices/font_detail.h"
+#include "klv/devices/device.h"
+#include "klv/devices/font_detail.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "metafiles/metafile.h"

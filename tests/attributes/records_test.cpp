@@ -7,7 +7,7 @@
 #include "klv/attributes/line_spec.h"
 #include "klv/bitmaps/tile_info.h"
 #include "klv/core/memory.h"
-#include "devices/memory_device.h"
+#include "klv/devices/memory_device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "tests/attributes/stream_form.h"

@@ -1,7 +1,7 @@
 #include "klv/core/memory.h"
-#include "devices/display_bitmap.h"
-#include "devices/memory_device.h"
-#include "devices/screen.h"
+#include "klv/devices/display_bitmap.h"
+#include "klv/devices/memory_device.h"
+#include "klv/devices/screen.h"
 #include "klv/bitmaps/dib_context.h"
 #include "tests/devices/test_surface.h"
 

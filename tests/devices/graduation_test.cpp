@@ -1,5 +1,5 @@
-#include "devices/band_cutter.h"
-#include "devices/graduated_fill.h"
+#include "klv/devices/fill/band_cutter.h"
+#include "klv/devices/fill/graduated_fill.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "test_surface.h"
 

@@ -1,6 +1,6 @@
-#include "devices/flatten.h"
-#include "devices/line_geometry.h"
-#include "devices/point_list.h"
+#include "klv/devices/outline/flatten.h"
+#include "klv/devices/line/line_geometry.h"
+#include "klv/devices/outline/point_list.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "test_surface.h"
 

@@ -1,4 +1,4 @@
-#include "devices/scanline_fill.h"
+#include "klv/devices/fill/scanline_fill.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "test_surface.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "klv/core/list.h"
 #include "klv/core/string.h"
-#include "devices/font_detail.h"
+#include "klv/devices/font_detail.h"
 #include "tests/devices/test_surface.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "devices/display_bitmap.h"
+#include "klv/devices/display_bitmap.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "images/image.h"

@@ -1,4 +1,4 @@
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/image_context.h"
 #include "klv/geometry/matrix.h"

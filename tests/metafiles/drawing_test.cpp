@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "klv/core/memory.h"
-#include "devices/memory_device.h"
+#include "klv/devices/memory_device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"

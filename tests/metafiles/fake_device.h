@@ -6,7 +6,7 @@
 
 #include "klv/core/collection.h"
 #include "klv/core/string.h"
-#include "devices/device.h"
+#include "klv/devices/device.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_context.h"
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "devices/display_bitmap.h"
+#include "klv/devices/display_bitmap.h"
 #include "klv/bitmaps/pixels/resample.h"
 #include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/paint_meter.h"
