@@ -6,8 +6,8 @@
 
 #include "klv/devices/memory_device.h"
 #include "klv/geometry/shape.h"
-#include "metafiles/metafile.h"
-#include "metafiles/record_cursor.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/record_cursor.h"
 
 namespace {
 

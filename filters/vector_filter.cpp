@@ -1,6 +1,6 @@
 #include "filters/vector_filter.h"
 
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/streams/stream.h"
 
 namespace klv {

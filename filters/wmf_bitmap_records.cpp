@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "klv/bitmaps/dib_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 // Bitmap records of a Windows Metafile.
 

@@ -12,7 +12,7 @@
 #include "filters/wmf_attributes.h"
 #include "filters/wmf_mapping.h"
 #include "klv/bitmaps/dib_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"
 
 namespace klv {

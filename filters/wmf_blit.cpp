@@ -6,7 +6,7 @@
 
 #include "klv/colour/colour.h"
 #include "klv/bitmaps/dib_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 namespace klv {
 namespace {

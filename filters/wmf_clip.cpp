@@ -7,7 +7,7 @@
 
 #include "klv/core/memory.h"
 #include "klv/geometry/shape.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/gdi/gdi.h"
 
 namespace klv {

@@ -7,7 +7,7 @@
 
 #include "klv/geometry/arc.h"
 #include "filters/wmf_attributes.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 // Objects and figures of a Windows Metafile.
 

@@ -10,7 +10,7 @@
 #include "klv/core/progress.h"
 #include "klv/streams/stream_bytes.h"
 #include "filters/wmf_attributes.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/streams/stream.h"
 
 // Headers, the loop over the records, drawing state and the page.

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "filters/wmf_attributes.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/gdi/gdi.h"
 
 // Text records of a Windows Metafile.

@@ -4,9 +4,9 @@
 #include <cstdint>
 
 #include "klv/devices/memory_device.h"
-#include "metafiles/metafile.h"
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_text.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/record_text.h"
 #include "klv/streams/memory_stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

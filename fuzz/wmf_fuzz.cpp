@@ -3,7 +3,7 @@
 
 #include "klv/devices/memory_device.h"
 #include "filters/wmf_filter.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"
 
 // Any bytes as a Windows metafile, at both reading levels; what was read is drawn on a small device.

@@ -19,7 +19,7 @@
 #include "filters/tiff_filter.h"
 #include "filters/wmf_filter.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 #include "klv/streams/compression/implode.h"

@@ -8,7 +8,7 @@
 #include "images/image_cache.h"
 #include "klv/geometry/matrix.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/gdi/gdi.h"
 #include "klv/platform/system/handle_token.h"
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "filters/wmf_filter.h"
-#include "metafiles/metafile.h"
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_text.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/record_text.h"
 #include "klv/streams/memory_stream.h"
 
 namespace klv::test {

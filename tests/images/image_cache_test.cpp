@@ -5,7 +5,7 @@
 #include "images/image_cache.h"
 #include "images/image_cache_store.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/platform/host.h"
 #include "tests/images/dib_text.h"
 

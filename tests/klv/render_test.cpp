@@ -3,7 +3,7 @@
 #include <set>
 #include <utility>
 
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "tools/klv/render.h"
 
 namespace klv::tool {

@@ -3,9 +3,9 @@
 #include <vector>
 
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
-#include "metafiles/metafile_records.h"
-#include "metafiles/record_stream.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/metafile_records.h"
+#include "klv/metafiles/detail/record_stream.h"
 
 namespace klv {
 

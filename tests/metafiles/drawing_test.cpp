@@ -8,8 +8,8 @@
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "metafiles/metafile.h"
-#include "metafiles/text_bitmap.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/detail/text_bitmap.h"
 #include "tests/metafiles/picture_bytes.h"
 
 namespace klv {

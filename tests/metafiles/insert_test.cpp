@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "metafiles/metafile.h"
-#include "metafiles/playback.h"
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_text.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/record_text.h"
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/picture_bytes.h"
 

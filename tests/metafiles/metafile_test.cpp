@@ -1,10 +1,10 @@
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 #include <gtest/gtest.h>
 
 #include "klv/core/progress.h"
 #include "klv/geometry/shape.h"
-#include "metafiles/record_cursor.h"
+#include "klv/metafiles/record_cursor.h"
 #include "tests/metafiles/picture_bytes.h"
 
 namespace klv {

@@ -5,7 +5,7 @@
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/fake_device.h"
 #include "tests/metafiles/picture_bytes.h"

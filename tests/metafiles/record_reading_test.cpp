@@ -2,9 +2,9 @@
 
 #include <random>
 
-#include "metafiles/metafile.h"
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_text.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/record_text.h"
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/picture_bytes.h"
 

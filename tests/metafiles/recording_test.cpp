@@ -4,8 +4,8 @@
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
-#include "metafiles/record_cursor.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/record_cursor.h"
 #include "tests/metafiles/picture_bytes.h"
 
 namespace klv {

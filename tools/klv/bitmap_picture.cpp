@@ -6,7 +6,7 @@
 #include <variant>
 
 #include "klv/bitmaps/dib_context.h"
-#include "metafiles/record_cursor.h"
+#include "klv/metafiles/record_cursor.h"
 #include "tools/klv/failure.h"
 
 namespace klv::tool {

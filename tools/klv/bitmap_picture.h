@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 namespace klv::tool {
 

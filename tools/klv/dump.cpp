@@ -1,7 +1,7 @@
 #include <cstdio>
 
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_text.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/record_text.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/source.h"

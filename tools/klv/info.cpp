@@ -3,8 +3,8 @@
 #include <map>
 #include <string>
 
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_text.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/record_text.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/json.h"

@@ -6,7 +6,7 @@
 #include "klv/colour/colour.h"
 #include "klv/core/point.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 namespace klv::tool {
 

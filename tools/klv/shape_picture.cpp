@@ -4,8 +4,8 @@
 #include <new>
 
 #include "klv/geometry/primitive_shapes.h"
-#include "metafiles/record_cursor.h"
-#include "metafiles/record_stream.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/detail/record_stream.h"
 #include "tools/klv/failure.h"
 
 namespace klv::tool {

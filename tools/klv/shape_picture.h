@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "klv/geometry/shape.h"
-#include "metafiles/metafile.h"
-#include "metafiles/metafile_records.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/metafile_records.h"
 #include "klv/streams/memory_stream.h"
 #include "tools/klv/source.h"
 

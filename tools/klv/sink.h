@@ -4,7 +4,7 @@
 #include <string>
 
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 namespace klv::tool {
 

@@ -11,7 +11,7 @@
 #include "filters/bitmap_filter.h"
 #include "filters/eps_filter.h"
 #include "filters/vector_filter.h"
-#include "metafiles/record_cursor.h"
+#include "klv/metafiles/record_cursor.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"
 #include "tools/klv/failure.h"

@@ -8,7 +8,7 @@
 
 #include "filters/filter.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/streams/stream.h"
 
 namespace klv::tool {

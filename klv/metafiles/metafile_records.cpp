@@ -1,9 +1,9 @@
-#include "metafiles/metafile_records.h"
+#include "klv/metafiles/metafile_records.h"
 
 #include <array>
 #include <new>
 
-#include "metafiles/record_stream.h"
+#include "klv/metafiles/detail/record_stream.h"
 
 namespace klv {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "metafiles/metafile_records.h"
+#include "klv/metafiles/metafile_records.h"
 
 namespace klv {
 

@@ -1,11 +1,11 @@
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 #include <cstdint>
 #include <cstdlib>
 
-#include "metafiles/metafile_records.h"
-#include "metafiles/playback.h"
-#include "metafiles/rectangles.h"
+#include "klv/metafiles/metafile_records.h"
+#include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/detail/rectangles.h"
 
 namespace klv {
 

@@ -1,6 +1,6 @@
 #include "klv/devices/device.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 namespace klv {
 

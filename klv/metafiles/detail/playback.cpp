@@ -1,4 +1,4 @@
-#include "metafiles/playback.h"
+#include "klv/metafiles/detail/playback.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +8,9 @@
 #include "klv/devices/device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
-#include "metafiles/metafile.h"
-#include "metafiles/record_cursor.h"
-#include "metafiles/rectangles.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/metafiles/detail/rectangles.h"
 
 namespace klv {
 

@@ -5,10 +5,10 @@
 #include "klv/devices/font_detail.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "metafiles/metafile.h"
-#include "metafiles/playback.h"
-#include "metafiles/rectangles.h"
-#include "metafiles/text_bitmap.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/detail/rectangles.h"
+#include "klv/metafiles/detail/text_bitmap.h"
 
 namespace klv {
 

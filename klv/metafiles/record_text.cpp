@@ -1,4 +1,4 @@
-#include "metafiles/record_text.h"
+#include "klv/metafiles/record_text.h"
 
 #include <array>
 #include <cstdarg>

@@ -1,4 +1,4 @@
-#include "metafiles/text_bitmap.h"
+#include "klv/metafiles/detail/text_bitmap.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <new>
@@ -9,8 +9,8 @@
 #include "klv/core/progress.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_context.h"
-#include "metafiles/metafile_records.h"
-#include "metafiles/record_stream.h"
+#include "klv/metafiles/metafile_records.h"
+#include "klv/metafiles/detail/record_stream.h"
 #include "klv/streams/memory_stream.h"
 
 namespace klv {

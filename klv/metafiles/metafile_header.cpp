@@ -1,4 +1,4 @@
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 #include <array>
 #include <cstring>
@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "klv/core/integer_math.h"
-#include "metafiles/record_stream.h"
+#include "klv/metafiles/detail/record_stream.h"
 #include "klv/base/byte_reader.h"
 
 namespace klv {

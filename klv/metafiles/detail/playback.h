@@ -7,7 +7,7 @@
 #include "klv/core/rect.h"
 #include "klv/geometry/shape.h"
 #include "klv/geometry/distort.h"
-#include "metafiles/metafile_records.h"
+#include "klv/metafiles/metafile_records.h"
 
 namespace klv {
 

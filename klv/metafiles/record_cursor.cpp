@@ -1,7 +1,7 @@
-#include "metafiles/record_cursor.h"
+#include "klv/metafiles/record_cursor.h"
 
-#include "metafiles/metafile.h"
-#include "metafiles/record_stream.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/detail/record_stream.h"
 
 namespace klv {
 

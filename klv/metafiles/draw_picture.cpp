@@ -1,4 +1,4 @@
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,8 +11,8 @@
 #include "klv/geometry/matrix.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "metafiles/playback.h"
-#include "metafiles/rectangles.h"
+#include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/detail/rectangles.h"
 
 namespace klv {
 

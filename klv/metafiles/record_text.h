@@ -3,7 +3,7 @@
 #include <string>
 
 #include "klv/core/memory.h"
-#include "metafiles/metafile_records.h"
+#include "klv/metafiles/metafile_records.h"
 
 namespace klv {
 

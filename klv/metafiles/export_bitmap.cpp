@@ -1,4 +1,4 @@
-#include "metafiles/metafile.h"
+#include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cmath>
