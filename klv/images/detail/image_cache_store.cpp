@@ -1,4 +1,4 @@
-#include "images/image_cache_store.h"
+#include "klv/images/detail/image_cache_store.h"
 
 #include "klv/devices/display_bitmap.h"
 #include "klv/bitmaps/image_context.h"

@@ -1,11 +1,11 @@
-#include "images/image.h"
+#include "klv/images/image.h"
 
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_context.h"
-#include "images/image_cache.h"
+#include "klv/images/image_cache.h"
 #include "klv/geometry/matrix.h"
 #include "klv/bitmaps/metafile_context.h"
 #include "klv/metafiles/metafile.h"
