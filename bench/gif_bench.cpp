@@ -8,8 +8,8 @@
 #include <random>
 #include <vector>
 
-#include "filters/gif_decoder.h"
-#include "filters/gif_encoder.h"
+#include "klv/filters/gif/gif_decoder.h"
+#include "klv/filters/gif/gif_encoder.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 

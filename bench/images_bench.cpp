@@ -1,6 +1,6 @@
 // Bitmaps: resampling, depth conversion, the stream form, and PNG writing.
 #include "klv/core/rect.h"
-#include "filters/png_filter.h"
+#include "klv/filters/raster/png_filter.h"
 #include "klv/bitmaps/detail/dib_stream.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/pixels/resample.h"

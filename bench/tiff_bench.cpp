@@ -11,7 +11,7 @@
 #include <span>
 #include <vector>
 
-#include "filters/tiff_filter.h"
+#include "klv/filters/tiff/tiff_filter.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/tiff_builder.h"

@@ -1,5 +1,5 @@
 // Any bytes as a GIF file: both ways of reading agree, and what was read comes back as it was after writing.
-#include "filters/gif_filter.h"
+#include "klv/filters/gif/gif_filter.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/memory_stream.h"
 

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "filters/eps_filter.h"
-#include "filters/tiff_filter.h"
+#include "klv/filters/raster/eps_filter.h"
+#include "klv/filters/tiff/tiff_filter.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"

@@ -2,7 +2,7 @@
 #include <cstdint>
 
 #include "klv/devices/memory_device.h"
-#include "filters/wmf_filter.h"
+#include "klv/filters/wmf/wmf_filter.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"
 

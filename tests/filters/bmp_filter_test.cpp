@@ -1,5 +1,5 @@
-#include "filters/bmp_filter.h"
-#include "filters/progress.h"
+#include "klv/filters/raster/bmp_filter.h"
+#include "klv/filters/progress.h"
 #include "klv/base/byte_writer.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"

@@ -1,4 +1,4 @@
-#include "filters/eps_filter.h"
+#include "klv/filters/raster/eps_filter.h"
 
 #include <gtest/gtest.h>
 

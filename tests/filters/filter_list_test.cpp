@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "filters/filter_list.h"
-#include "filters/progress.h"
+#include "klv/filters/filter_list.h"
+#include "klv/filters/progress.h"
 #include "klv/platform/system/tick_count.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/wmf_builder.h"

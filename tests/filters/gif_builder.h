@@ -1,6 +1,6 @@
 #pragma once
 
-#include "filters/gif_format.h"
+#include "klv/filters/gif/gif_format.h"
 #include "klv/base/byte_writer.h"
 
 #include <cstdint>

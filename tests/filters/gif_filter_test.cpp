@@ -1,7 +1,7 @@
-#include "filters/gif_filter.h"
+#include "klv/filters/gif/gif_filter.h"
 
 #include "klv/core/memory.h"
-#include "filters/progress.h"
+#include "klv/filters/progress.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
 #include "klv/platform/module_table.h"

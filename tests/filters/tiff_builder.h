@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "filters/tiff_huffman_tables.h"
+#include "klv/filters/tiff/tiff_huffman_tables.h"
 #include "klv/base/byte_writer.h"
 
 namespace klv::test {

@@ -1,12 +1,12 @@
-#include "filters/tiff_filter.h"
+#include "klv/filters/tiff/tiff_filter.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "klv/core/memory.h"
-#include "filters/progress.h"
-#include "filters/tiff_palette.h"
+#include "klv/filters/progress.h"
+#include "klv/filters/tiff/tiff_palette.h"
 #include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"

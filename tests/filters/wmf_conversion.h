@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "filters/wmf_filter.h"
+#include "klv/filters/wmf/wmf_filter.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"

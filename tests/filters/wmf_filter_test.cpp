@@ -3,7 +3,7 @@
 #include <fstream>
 
 #include "klv/core/memory.h"
-#include "filters/filter_list.h"
+#include "klv/filters/filter_list.h"
 #include "klv/streams/file.h"
 #include "klv/streams/ole_stream.h"
 #include "tests/filters/wmf_builder.h"

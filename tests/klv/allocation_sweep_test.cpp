@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "klv/core/memory.h"
-#include "filters/png_filter.h"
-#include "filters/wmf_filter.h"
+#include "klv/filters/raster/png_filter.h"
+#include "klv/filters/wmf/wmf_filter.h"
 #include "klv/streams/memory_stream.h"
 #include "tests/filters/imaging.h"
 #include "tests/filters/wmf_drawing.h"

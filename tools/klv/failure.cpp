@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "filters/bitmap_filter.h"
-#include "filters/imaging_library.h"
+#include "klv/filters/bitmap_filter.h"
+#include "klv/filters/raster/imaging_library.h"
 
 namespace klv::tool {
 

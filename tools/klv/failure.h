@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "filters/filter.h"
+#include "klv/filters/filter.h"
 
 namespace klv::tool {
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "filters/bitmap_filter.h"
-#include "filters/filter_list.h"
-#include "filters/photoshop_filter.h"
+#include "klv/filters/bitmap_filter.h"
+#include "klv/filters/filter_list.h"
+#include "klv/filters/raster/photoshop_filter.h"
 
 namespace klv::tool {
 

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "filters/bitmap_filter.h"
-#include "filters/imaging_library.h"
+#include "klv/filters/bitmap_filter.h"
+#include "klv/filters/raster/imaging_library.h"
 #include "klv/bitmaps/dib_widen.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"

@@ -8,9 +8,9 @@
 
 #include <sys/stat.h>
 
-#include "filters/bitmap_filter.h"
-#include "filters/eps_filter.h"
-#include "filters/vector_filter.h"
+#include "klv/filters/bitmap_filter.h"
+#include "klv/filters/raster/eps_filter.h"
+#include "klv/filters/vector_filter.h"
 #include "klv/metafiles/record_cursor.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "filters/filter.h"
+#include "klv/filters/filter.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/streams/stream.h"

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "klv/filters/multi_resolution_filter.h"
+
+namespace klv {
+
+/// FlashPix images.
+class FPXFILTER : public multi_resolution_filter {
+public:
+    FPXFILTER();
+    vSTRING GetID() const override;
+    vSTRING GetDescription() const override;
+};
+
+} // namespace klv

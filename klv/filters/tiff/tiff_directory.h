@@ -1,0 +1,13 @@
+#pragma once
+
+#include "klv/filters/filter.h"
+#include "klv/filters/tiff/tiff_image.h"
+#include "klv/filters/tiff/tiff_source.h"
+
+namespace klv {
+
+/// Reads the header and the first directory; tags that TIFFIMAGE has no field for are passed over. READ_ERROR
+/// when the file ends within them, BAD_DATA for a directory without entries. Throws std::bad_alloc.
+[[nodiscard]] oFILTER_STATUS ReadIFD(tiff_source& source, TIFFIMAGE& image);
+
+} // namespace klv

@@ -1,0 +1,58 @@
+#include "klv/filters/wmf/wmf_filter.h"
+
+#include <array>
+#include <new>
+
+#include "klv/core/resource_id.h"
+#include "klv/filters/wmf/wmf_reader.h"
+#include "klv/formats/wmf_records.h"
+#include "klv/streams/stream.h"
+
+namespace klv {
+namespace {
+
+constexpr std::uint16_t description_resource = 33002;
+
+std::uint32_t read_u32(vSTREAM& stream)
+{
+    std::array<std::uint8_t, 4> bytes{};
+    stream.ReadPlain(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    return byte_reader(bytes).u32le();
+}
+
+} // namespace
+
+vSTRING WMFFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
+
+oFILTER_STATUS WMFFILTER::CheckStream(vARCHIVE& in)
+{
+    if (!in.IsStream())
+        return SetStatus(oFILTER_FAILED);
+    auto& stream = static_cast<vSTREAM&>(in);
+    const bool placeable = read_u32(stream) == wmf_placeable_key;
+    stream.MoveFromStart(placeable ? wmf_placeable_header_size : 0);
+
+    std::array<std::uint8_t, wmf_header_size> bytes{};
+    const auto got = stream.ReadPlain(bytes.data(), wmf_header_size);
+    wmf_header header;
+    byte_reader reader(bytes);
+    wmf_read(reader, header);
+    const bool accepted = got == wmf_header_size && header.valid();
+    stream.MoveFromStart(0);
+    return SetStatus(accepted ? oFILTER_OK : oFILTER_FAILED);
+}
+
+oFILTER_STATUS WMFFILTER::Convert(vARCHIVE& in, vMETAFILE* picture)
+{
+    SetStatus(oFILTER_FAILED);
+    if (!in.IsStream() || !picture)
+        return oFILTER_FAILED;
+    try {
+        wmf_reader reader(*picture, faithful(), progress());
+        return SetStatus(reader.read(static_cast<vSTREAM&>(in)));
+    } catch (const std::bad_alloc&) {
+        return SetStatus(oFILTER_NO_MEMORY);
+    }
+}
+
+} // namespace klv
