@@ -28,7 +28,7 @@
 #include "tests/filters/tiff_builder.h"
 #include "tests/filters/wmf_drawing.h"
 #include "tests/metafiles/all_records.h"
-#include "tests/platform/flashpix_builder.h"
+#include "tests/imaging/flashpix_builder.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "klv/bitmaps/metafile_context.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/platform/host.h"
-#include "tests/images/dib_text.h"
+#include "tests/bitmaps/dib_text.h"
 
 #include <gtest/gtest.h>
 

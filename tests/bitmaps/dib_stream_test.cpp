@@ -4,7 +4,7 @@
 #include "klv/bitmaps/stream_dib.h"
 #include "klv/base/byte_writer.h"
 #include "klv/streams/memory_stream.h"
-#include "tests/images/dib_text.h"
+#include "tests/bitmaps/dib_text.h"
 
 #include <gtest/gtest.h>
 

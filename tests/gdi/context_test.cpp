@@ -1,5 +1,5 @@
 #include "klv/gdi/state/objects.h"
-#include "tests/platform/raster_canvas.h"
+#include "tests/gdi/raster_canvas.h"
 
 #include <gtest/gtest.h>
 

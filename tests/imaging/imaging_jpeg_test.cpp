@@ -1,4 +1,4 @@
-#include "tests/platform/imaging_module.h"
+#include "tests/imaging/imaging_module.h"
 
 #include <array>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "tests/platform/text_canvas.h"
+#include "tests/gdi/text_canvas.h"
 
 #include <gtest/gtest.h>
 

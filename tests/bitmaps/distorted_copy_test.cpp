@@ -3,7 +3,7 @@
 #include "klv/geometry/distort.h"
 #include "klv/geometry/matrix.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "tests/images/dib_text.h"
+#include "tests/bitmaps/dib_text.h"
 
 #include <gtest/gtest.h>
 

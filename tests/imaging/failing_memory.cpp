@@ -1,5 +1,5 @@
 // Apart from what allocates, so that the compiler can't see that delete frees what new returned.
-#include "tests/platform/failing_memory.h"
+#include "tests/imaging/failing_memory.h"
 
 #include <cstddef>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "tests/platform/raster_canvas.h"
+#include "tests/gdi/raster_canvas.h"
 
 #include <gtest/gtest.h>
 

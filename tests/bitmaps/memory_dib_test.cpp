@@ -2,7 +2,7 @@
 #include "klv/core/rect.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "tests/images/dib_text.h"
+#include "tests/bitmaps/dib_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "tests/platform/failing_memory.h"
-#include "tests/platform/flashpix_builder.h"
-#include "tests/platform/imaging_module.h"
+#include "tests/imaging/failing_memory.h"
+#include "tests/imaging/flashpix_builder.h"
+#include "tests/imaging/imaging_module.h"
 
 namespace klv {
 namespace {

@@ -1,5 +1,5 @@
 // Files built by hand, byte for byte as their formats have them.
-#include "tests/platform/imaging_module.h"
+#include "tests/imaging/imaging_module.h"
 
 #include <array>
 #include <utility>

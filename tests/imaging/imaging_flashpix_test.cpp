@@ -1,5 +1,5 @@
-#include "tests/platform/flashpix_builder.h"
-#include "tests/platform/imaging_module.h"
+#include "tests/imaging/flashpix_builder.h"
+#include "tests/imaging/imaging_module.h"
 
 #include <array>
 
