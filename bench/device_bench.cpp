@@ -1,17 +1,16 @@
 #include "klv/devices/device.h"
 #include "klv/devices/fill/graduated_fill.h"
-#include "klv/geometry/shape.h"
 #include "klv/gdi/gdi.h"
-
-#include <benchmark/benchmark.h>
+#include "klv/geometry/shape.h"
 
 #include <algorithm>
-
 #include <cmath>
 #include <cstdint>
 #include <numbers>
 #include <random>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_AGG
 #include <agg_curves.h>

@@ -1,4 +1,4 @@
-#include <benchmark/benchmark.h>
+#include "klv/bitmaps/memory_dib.h"
 
 #include <cmath>
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "klv/bitmaps/memory_dib.h"
+#include <benchmark/benchmark.h>
 
 // A photograph of 24 bits made one of fewer bits, which takes dithering: to the cube of 6 x 6 x 6 colours, to
 // the 16 standard colours, to black and white. The counter "ms_per_megapixel" is CPU time; the speed of

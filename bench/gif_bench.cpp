@@ -1,4 +1,7 @@
-#include <benchmark/benchmark.h>
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/filters/gif/gif_decoder.h"
+#include "klv/filters/gif/gif_encoder.h"
+#include "klv/streams/memory_stream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,10 +11,7 @@
 #include <random>
 #include <vector>
 
-#include "klv/filters/gif/gif_decoder.h"
-#include "klv/filters/gif/gif_encoder.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/streams/memory_stream.h"
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_GIFLIB
 #include <gif_lib.h>

@@ -1,9 +1,9 @@
 // Bitmaps: resampling, depth conversion, the stream form, and PNG writing.
-#include "klv/core/rect.h"
-#include "klv/filters/raster/png_filter.h"
 #include "klv/bitmaps/detail/dib_stream.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/pixels/resample.h"
+#include "klv/core/rect.h"
+#include "klv/filters/raster/png_filter.h"
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 #include "klv/streams/memory_stream.h"

@@ -3,8 +3,6 @@
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -12,6 +10,8 @@
 #include <cstdlib>
 #include <utility>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_JPEG
 #include <jpeglib.h>

@@ -1,4 +1,5 @@
-#include <benchmark/benchmark.h>
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
 
 #include <algorithm>
 #include <array>
@@ -9,8 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "klv/streams/compression/explode.h"
-#include "klv/streams/compression/implode.h"
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_STORM
 #include <StormLib.h>

@@ -1,13 +1,13 @@
 // Recording and replaying simple records: both should cost the same for each record at every size.
 
-#include <benchmark/benchmark.h>
-
-#include <array>
-
 #include "klv/devices/memory_device.h"
 #include "klv/geometry/shape.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
+
+#include <array>
+
+#include <benchmark/benchmark.h>
 
 namespace {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "klv/base/types.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -7,8 +9,6 @@
 #include <numbers>
 #include <utility>
 #include <vector>
-
-#include "klv/base/types.h"
 
 /// Seeded closed outlines for measuring what is done to shapes, and checking it. None crosses itself but
 /// where rounding to integers makes it. All run around the origin, with y growing downwards in the sense

@@ -1,13 +1,13 @@
 #include "klv/gdi/gdi.h"
 
-#include <benchmark/benchmark.h>
-
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <numbers>
 #include <random>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_CAIRO
 #include <cairo.h>

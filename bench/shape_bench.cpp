@@ -1,11 +1,11 @@
-#include <benchmark/benchmark.h>
+#include "klv/geometry/planar/decompose.h"
+#include "klv/geometry/shape.h"
+#include "klv/streams/memory_stream.h"
 
 #include <cmath>
 #include <vector>
 
-#include "klv/geometry/planar/decompose.h"
-#include "klv/geometry/shape.h"
-#include "klv/streams/memory_stream.h"
+#include <benchmark/benchmark.h>
 
 using namespace klv;
 

@@ -1,4 +1,8 @@
-#include <benchmark/benchmark.h>
+#include "klv/geometry/planar/contour.h"
+#include "klv/geometry/planar/shape_boolean.h"
+#include "klv/geometry/shape.h"
+
+#include "bench/outlines.h"
 
 #include <cmath>
 #include <memory>
@@ -6,10 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/outlines.h"
-#include "klv/geometry/planar/contour.h"
-#include "klv/geometry/shape.h"
-#include "klv/geometry/planar/shape_boolean.h"
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_CLIPPER
 #include <clipper.hpp>

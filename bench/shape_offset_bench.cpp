@@ -1,9 +1,10 @@
-#include <benchmark/benchmark.h>
+#include "klv/geometry/shape.h"
+
+#include "bench/outlines.h"
 
 #include <vector>
 
-#include "bench/outlines.h"
-#include "klv/geometry/shape.h"
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_CLIPPER
 #include <clipper.hpp>

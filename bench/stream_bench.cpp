@@ -1,10 +1,10 @@
-#include <benchmark/benchmark.h>
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 
 #include <array>
 #include <cstdint>
 
-#include "klv/streams/file.h"
-#include "klv/streams/memory_stream.h"
+#include <benchmark/benchmark.h>
 
 // The small reads and writes that records are made of, through the virtual interface.
 

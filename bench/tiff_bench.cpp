@@ -1,4 +1,8 @@
-#include <benchmark/benchmark.h>
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/filters/tiff/tiff_filter.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tests/filters/tiff_builder.h"
 
 #include <algorithm>
 #include <array>
@@ -11,10 +15,7 @@
 #include <span>
 #include <vector>
 
-#include "klv/filters/tiff/tiff_filter.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/streams/memory_stream.h"
-#include "tests/filters/tiff_builder.h"
+#include <benchmark/benchmark.h>
 
 #if KLV_BENCH_TIFF
 #include <tiffio.h>

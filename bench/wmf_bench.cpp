@@ -1,11 +1,12 @@
-#include <benchmark/benchmark.h>
-
-#include <vector>
-
 #include "klv/filters/wmf/wmf_filter.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"
+
 #include "tests/filters/wmf_builder.h"
+
+#include <vector>
+
+#include <benchmark/benchmark.h>
 
 // Simple records of a Windows metafile into a recorded picture: half of them set or select, half draw.
 

@@ -29,12 +29,7 @@ set(KLV_ROOMS "" CACHE INTERNAL "")
 
 # klv_room(NAME): the static library klv_NAME of everything in klv/NAME and its subfolders.
 function(klv_room name)
-    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/klv/${name}/*.cpp
-        ${PROJECT_SOURCE_DIR}/${name}/*.cpp)
-    list(FILTER sources EXCLUDE REGEX "/imaging/")
-    if(NOT sources)
-        return()
-    endif()
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/klv/${name}/*.cpp)
     add_library(klv_${name} STATIC ${sources})
     target_link_libraries(klv_${name} PUBLIC klv_options)
     set_target_properties(klv_${name} PROPERTIES LINKER_LANGUAGE CXX)

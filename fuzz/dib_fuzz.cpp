@@ -1,9 +1,9 @@
 // Stored bitmaps: whatever is read has rows that can be reached, and is read back as it was written.
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/stream_dib.h"
 #include "klv/bitmaps/tile_info.h"
 #include "klv/core/rect.h"
 #include "klv/geometry/matrix.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/memory_stream.h"
 
 #include <algorithm>

@@ -1,13 +1,13 @@
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
+#include "klv/streams/memory_stream.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
 #include <vector>
-
-#include "klv/streams/compression/explode.h"
-#include "klv/streams/compression/implode.h"
-#include "klv/streams/memory_stream.h"
 
 // The first byte chooses what is done with the rest: explode it whole and in pieces, which must agree; read
 // it as the blocks of a stream; or implode it and take it back.

@@ -1,6 +1,6 @@
 // Any bytes as a GIF file: both ways of reading agree, and what was read comes back as it was after writing.
-#include "klv/filters/gif/gif_filter.h"
 #include "klv/bitmaps/memory_dib.h"
+#include "klv/filters/gif/gif_filter.h"
 #include "klv/streams/memory_stream.h"
 
 #include <algorithm>

@@ -1,13 +1,13 @@
 // A recorded picture that nobody vetted: its records are printed, and drawn on a small device.
 
-#include <cstddef>
-#include <cstdint>
-
 #include "klv/devices/memory_device.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"
 #include "klv/streams/memory_stream.h"
+
+#include <cstddef>
+#include <cstdint>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,8 +1,8 @@
 // Shapes of arbitrary contours: what is united, intersected and complemented keeps its area but for the
 // rounding of crossings, and what is moved keeps its distance.
 #include "klv/geometry/planar/exact.h"
-#include "klv/geometry/shape.h"
 #include "klv/geometry/planar/shape_boolean.h"
+#include "klv/geometry/shape.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,17 +1,17 @@
 // TIFF files, and EPS files with a preview: reading ends in an answer, costs no more than the file may claim,
 // and gives the same bitmap from memory as from a file. Without the imaging module, so that only the own
 // decoder runs.
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/filters/raster/eps_filter.h"
+#include "klv/filters/tiff/tiff_filter.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
-
-#include "klv/filters/raster/eps_filter.h"
-#include "klv/filters/tiff/tiff_filter.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/streams/file.h"
-#include "klv/streams/memory_stream.h"
 
 using namespace klv;
 

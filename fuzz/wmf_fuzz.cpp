@@ -1,10 +1,10 @@
-#include <cstddef>
-#include <cstdint>
-
 #include "klv/devices/memory_device.h"
 #include "klv/filters/wmf/wmf_filter.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/streams/memory_stream.h"
+
+#include <cstddef>
+#include <cstdint>
 
 // Any bytes as a Windows metafile, at both reading levels; what was read is drawn on a small device.
 

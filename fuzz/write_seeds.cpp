@@ -1,16 +1,9 @@
 // write_seeds DIRECTORY: makes DIRECTORY/wmf, /metafile, /dib, /gif, /tiff, /imaging, /shape and /explode,
 // small valid inputs from which the fuzz targets of these names start.
 
-#include <cstdint>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <span>
-#include <string>
-#include <vector>
-
-#include "klv/filters/raster/bmp_filter.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/filters/gif/gif_filter.h"
+#include "klv/filters/raster/bmp_filter.h"
 #include "klv/filters/raster/jpeg_filter.h"
 #include "klv/filters/raster/pcx_filter.h"
 #include "klv/filters/raster/photoshop_filter.h"
@@ -18,17 +11,25 @@
 #include "klv/filters/raster/targa_filter.h"
 #include "klv/filters/tiff/tiff_filter.h"
 #include "klv/filters/wmf/wmf_filter.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/metafiles/metafile.h"
 #include "klv/imaging/imaging_api.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/platform/module_table.h"
 #include "klv/streams/compression/implode.h"
 #include "klv/streams/memory_stream.h"
+
 #include "tests/filters/gif_builder.h"
 #include "tests/filters/tiff_builder.h"
 #include "tests/filters/wmf_drawing.h"
-#include "tests/metafiles/all_records.h"
 #include "tests/imaging/flashpix_builder.h"
+#include "tests/metafiles/all_records.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string>
+#include <vector>
 
 namespace {
 

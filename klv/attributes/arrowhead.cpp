@@ -1,10 +1,10 @@
 #include "klv/attributes/arrowhead.h"
 
-#include <cmath>
-
 #include "klv/attributes/detail/arrowhead_tables.h"
 #include "klv/attributes/line_spec.h"
 #include "klv/core/integer_math.h"
+
+#include <cmath>
 
 namespace klv {
 

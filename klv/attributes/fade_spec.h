@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/colour/colour.h"
 #include "klv/core/object.h"
 #include "klv/geometry/shape.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/attributes/fill_spec.h"
 
-#include <new>
-
 #include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/stream.h"
+
+#include <new>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
 #include "klv/colour/colour.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"
 #include "klv/core/real.h"
+
+#include <cstdint>
+#include <memory>
 
 namespace klv {
 

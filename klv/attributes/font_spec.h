@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/object.h"
 #include "klv/core/real.h"
 #include "klv/core/string.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/attributes/line_spec.h"
 
+#include "klv/streams/stream.h"
+
 #include <algorithm>
 #include <optional>
-
-#include "klv/streams/stream.h"
 
 namespace klv {
 

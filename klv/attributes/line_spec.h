@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-
 #include "klv/attributes/arrowhead.h"
 #include "klv/colour/colour.h"
 #include "klv/core/object.h"
+
+#include <array>
+#include <cstdint>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "klv/core/object.h"
 #include "klv/bitmaps/colour_model.h"
 #include "klv/bitmaps/dib_header.h"
 #include "klv/bitmaps/dib_palette.h"
 #include "klv/bitmaps/dib_rows.h"
+#include "klv/core/object.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "klv/core/object.h"
+#include "klv/base/types.h"
 #include "klv/bitmaps/colour_model.h"
 #include "klv/bitmaps/palette.h"
-#include "klv/base/types.h"
+#include "klv/core/object.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #include "klv/bitmaps/dib_widen.h"
 
-#include "klv/bitmaps/dib_rows.h"
 #include "klv/bitmaps/detail/dib_stream.h"
+#include "klv/bitmaps/dib_rows.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>

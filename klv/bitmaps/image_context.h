@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/bitmaps/tile_info.h"
 #include "klv/colour/colour.h"
 #include "klv/colour/image_colour.h"
-#include "klv/bitmaps/tile_info.h"
 #include "klv/core/object.h"
 #include "klv/core/rect.h"
 #include "klv/geometry/distort.h"

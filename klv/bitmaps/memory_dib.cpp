@@ -1,9 +1,9 @@
 #include "klv/bitmaps/memory_dib.h"
 
-#include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/detail/dib_convert.h"
 #include "klv/bitmaps/detail/dib_distort.h"
 #include "klv/bitmaps/detail/dib_stream.h"
+#include "klv/bitmaps/dib_context.h"
 
 #include <cstring>
 

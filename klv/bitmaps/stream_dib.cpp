@@ -1,9 +1,9 @@
 #include "klv/bitmaps/stream_dib.h"
 
-#include "klv/core/rect.h"
+#include "klv/base/wrapping.h"
 #include "klv/bitmaps/detail/dib_convert.h"
 #include "klv/bitmaps/detail/dib_stream.h"
-#include "klv/base/wrapping.h"
+#include "klv/core/rect.h"
 #include "klv/streams/memory_stream.h"
 
 #include <algorithm>

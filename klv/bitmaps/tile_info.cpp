@@ -1,9 +1,9 @@
 #include "klv/bitmaps/tile_info.h"
 
+#include "klv/base/wrapping.h"
+
 #include <algorithm>
 #include <cmath>
-
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

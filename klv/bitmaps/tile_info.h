@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/object.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 // How the tiles of an image lie over its destination.
-#include "klv/bitmaps/tile_info.h"
-#include "klv/bitmaps/image_context.h"
 #include "klv/base/wrapping.h"
+#include "klv/bitmaps/image_context.h"
+#include "klv/bitmaps/tile_info.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/colour/colour.h"
 
-#include <algorithm>
-
 #include "klv/colour/pantone/pantone_library.h"
 #include "klv/streams/stream.h"
+
+#include <algorithm>
 
 namespace klv {
 

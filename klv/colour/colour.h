@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
-#include "klv/core/object.h"
 #include "klv/base/types.h"
+#include "klv/core/object.h"
+
+#include <cstdint>
 
 namespace klv {
 

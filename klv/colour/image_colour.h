@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/colour/colour.h"
 #include "klv/core/object.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #include "klv/core/bezpoint.h"
 
-#include <cmath>
-
 #include "klv/base/wrapping.h"
+
+#include <cmath>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "klv/core/point.h"
+
 #include <cstdint>
 #include <span>
-
-#include "klv/core/point.h"
 
 namespace klv {
 

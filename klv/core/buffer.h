@@ -1,5 +1,7 @@
 #pragma once
 
+#include "klv/core/memory.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -8,8 +10,6 @@
 #include <span>
 #include <type_traits>
 #include <utility>
-
-#include "klv/core/memory.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/core/collection.h"
 
+#include "klv/core/memory.h"
+
 #include <cstring>
 #include <limits>
-
-#include "klv/core/memory.h"
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/core/object.h"
+#include "klv/core/string.h"
+
 #include <array>
 #include <compare>
 #include <cstdint>
-
-#include "klv/core/object.h"
-#include "klv/core/string.h"
 
 namespace klv {
 

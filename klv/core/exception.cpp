@@ -1,13 +1,13 @@
 #include "klv/core/exception.h"
 
-#include <utility>
-
 #include "klv/core/library_strings.h"
 #include "klv/core/memory.h"
 #include "klv/core/system.h"
 #include "klv/platform/host.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/platform/system/windows.h"
+
+#include <utility>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/core/object.h"
+
 #include <cstddef>
 #include <cstdint>
-
-#include "klv/core/object.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

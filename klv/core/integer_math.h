@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/point.h"
+
+#include <cstdint>
 
 /// Integer functions for the inner loops of the engines: table look-ups and short loops that allocate
 /// nothing, and the conversions between polar and cartesian coordinates.

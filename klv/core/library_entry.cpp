@@ -1,11 +1,11 @@
 #include "klv/core/library_entry.h"
 
-#include <cstdlib>
-#include <string_view>
-
 #include "klv/core/string.h"
 #include "klv/core/system.h"
 #include "klv/platform/system/profile.h"
+
+#include <cstdlib>
+#include <string_view>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <span>
-
 #include "klv/platform/system/string_resources.h"
+
+#include <span>
 
 namespace klv {
 

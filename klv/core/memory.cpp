@@ -1,9 +1,9 @@
 #include "klv/core/memory.h"
 
+#include "klv/core/system.h"
+
 #include <algorithm>
 #include <cstdlib>
-
-#include "klv/core/system.h"
 
 namespace klv {
 

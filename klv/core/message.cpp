@@ -1,9 +1,9 @@
 #include "klv/core/message.h"
 
+#include "klv/platform/host.h"
+
 #include <algorithm>
 #include <iterator>
-
-#include "klv/platform/host.h"
 
 namespace klv {
 

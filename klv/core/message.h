@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/core/object.h"
 #include "klv/base/types.h"
+#include "klv/core/object.h"
 
 namespace klv {
 

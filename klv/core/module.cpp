@@ -1,10 +1,10 @@
 #include "klv/core/module.h"
 
-#include <string_view>
-
 #include "klv/core/string.h"
 #include "klv/core/system.h"
 #include "klv/platform/module_table.h"
+
+#include <string_view>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/core/object.h"
 
+#include "klv/core/memory.h"
+
 #include <cstdint>
 #include <limits>
-
-#include "klv/core/memory.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/core/point.h"
 
+#include "klv/core/integer_math.h"
+
 #include <cmath>
 #include <optional>
-
-#include "klv/core/integer_math.h"
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-
-#include "klv/core/object.h"
-#include "klv/core/real.h"
 #include "klv/base/types.h"
 #include "klv/base/wrapping.h"
+#include "klv/core/object.h"
+#include "klv/core/real.h"
+
+#include <cstdint>
 
 namespace klv {
 

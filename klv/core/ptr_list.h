@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/object.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/base/wrapping.h"
+#include "klv/core/object.h"
+
 #include <compare>
 #include <cstdint>
-
-#include "klv/core/object.h"
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

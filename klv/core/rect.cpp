@@ -1,10 +1,10 @@
 #include "klv/core/rect.h"
 
+#include "klv/base/wrapping.h"
+
 #include <array>
 #include <cstdlib>
 #include <utility>
-
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

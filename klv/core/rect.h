@@ -1,12 +1,12 @@
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
-
+#include "klv/base/types.h"
 #include "klv/core/bezpoint.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"
-#include "klv/base/types.h"
+
+#include <algorithm>
+#include <cstdint>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
+#include "klv/base/types.h"
 #include "klv/core/module.h"
 #include "klv/core/object.h"
-#include "klv/base/types.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,14 +1,14 @@
 #include "klv/core/string.h"
 
+#include "klv/core/resource_id.h"
+#include "klv/core/system.h"
+#include "klv/platform/system/string_resources.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <utility>
-
-#include "klv/core/resource_id.h"
-#include "klv/core/system.h"
-#include "klv/platform/system/string_resources.h"
 
 namespace klv {
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "klv/core/buffer.h"
+#include "klv/core/object.h"
+#include "klv/core/real.h"
+
 #include <compare>
 #include <concepts>
 #include <cstdint>
 #include <string_view>
-
-#include "klv/core/buffer.h"
-#include "klv/core/object.h"
-#include "klv/core/real.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
+#include "klv/core/string.h"
+
 #include <algorithm>
 #include <array>
-
-#include "klv/core/string.h"
 
 namespace klv {
 

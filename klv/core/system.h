@@ -1,14 +1,14 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-
+#include "klv/base/types.h"
 #include "klv/core/exception.h"
 #include "klv/core/list.h"
 #include "klv/core/module.h"
 #include "klv/core/resource_id.h"
 #include "klv/core/string.h"
-#include "klv/base/types.h"
+
+#include <cstddef>
+#include <cstdint>
 
 namespace klv {
 

@@ -1,14 +1,14 @@
-#include <algorithm>
-#include <cstring>
-#include <span>
-#include <string_view>
-#include <vector>
-
 #include "klv/core/memory.h"
 #include "klv/core/system.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/platform/system/shared_memory.h"
 #include "klv/platform/system/windows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <vector>
 
 namespace klv {
 

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "klv/colour/colour.h"
 #include "klv/attributes/fill_spec.h"
 #include "klv/attributes/font_spec.h"
 #include "klv/attributes/line_spec.h"
+#include "klv/base/types.h"
+#include "klv/colour/colour.h"
 #include "klv/core/memory.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"
@@ -11,7 +12,6 @@
 #include "klv/core/rect.h"
 #include "klv/devices/unit_mapping.h"
 #include "klv/geometry/shape.h"
-#include "klv/base/types.h"
 
 #include <concepts>
 #include <cstddef>

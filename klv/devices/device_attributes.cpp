@@ -1,5 +1,5 @@
-#include "klv/devices/device.h"
 #include "klv/bitmaps/dib.h"
+#include "klv/devices/device.h"
 
 #include <new>
 #include <utility>

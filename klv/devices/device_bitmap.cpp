@@ -1,10 +1,10 @@
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/devices/bitmap/bitmap_sampler.h"
 #include "klv/devices/bitmap/colour_match.h"
 #include "klv/devices/bitmap/colour_override.h"
-#include "klv/devices/device.h"
 #include "klv/devices/bitmap/packed_dib.h"
-#include "klv/bitmaps/dib_context.h"
-#include "klv/bitmaps/memory_dib.h"
+#include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

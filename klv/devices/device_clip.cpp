@@ -1,5 +1,5 @@
-#include "klv/devices/device.h"
 #include "klv/base/numbers.h"
+#include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

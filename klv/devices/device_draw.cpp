@@ -1,11 +1,11 @@
+#include "klv/base/numbers.h"
 #include "klv/core/buffer.h"
 #include "klv/core/collection.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/fill_engine.h"
 #include "klv/devices/fill/graduated_fill.h"
-#include "klv/base/numbers.h"
-#include "klv/geometry/primitive_shapes.h"
 #include "klv/gdi/gdi.h"
+#include "klv/geometry/primitive_shapes.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "klv/devices/device.h"
-#include "klv/devices/outline/flatten.h"
 #include "klv/devices/line/line_shape.h"
+#include "klv/devices/outline/flatten.h"
 #include "klv/devices/outline/point_list.h"
 #include "klv/devices/outline/polygon_clip.h"
 #include "klv/gdi/gdi.h"

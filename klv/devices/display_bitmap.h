@@ -1,9 +1,9 @@
 #pragma once
 
+#include "klv/base/types.h"
 #include "klv/core/buffer.h"
 #include "klv/core/rect.h"
 #include "klv/devices/device.h"
-#include "klv/base/types.h"
 
 #include <array>
 #include <cstddef>

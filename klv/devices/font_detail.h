@@ -1,11 +1,11 @@
 #pragma once
 
 #include "klv/attributes/font_spec.h"
+#include "klv/base/types.h"
 #include "klv/core/memory.h"
 #include "klv/core/object.h"
 #include "klv/core/string.h"
 #include "klv/devices/device.h"
-#include "klv/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/types.h"
 #include "klv/core/buffer.h"
 #include "klv/devices/device.h"
-#include "klv/base/types.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "klv/devices/device.h"
-#include "klv/devices/detail/screen_palette.h"
 #include "klv/base/types.h"
+#include "klv/devices/detail/screen_palette.h"
+#include "klv/devices/device.h"
 
 #include <array>
 #include <cstdint>

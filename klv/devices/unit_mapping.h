@@ -1,8 +1,8 @@
 #pragma once
 
-#include "klv/core/point.h"
 #include "klv/base/numbers.h"
 #include "klv/base/types.h"
+#include "klv/core/point.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/point.h"
 #include "klv/filters/filter.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/filters/filter.h"
 
+#include "klv/streams/stream.h"
+
 #include <algorithm>
 #include <array>
-
-#include "klv/streams/stream.h"
 
 namespace klv {
 namespace {

@@ -1,11 +1,9 @@
 #include "klv/filters/filter_list.h"
 
-#include <memory>
-
+#include "klv/filters/gif/gif_filter.h"
 #include "klv/filters/raster/bmp_filter.h"
 #include "klv/filters/raster/eps_filter.h"
 #include "klv/filters/raster/flashpix_filter.h"
-#include "klv/filters/gif/gif_filter.h"
 #include "klv/filters/raster/jpeg_filter.h"
 #include "klv/filters/raster/pcx_filter.h"
 #include "klv/filters/raster/photo_cd_filter.h"
@@ -14,6 +12,8 @@
 #include "klv/filters/tiff/tiff_filter.h"
 #include "klv/filters/wmf/wmf_filter.h"
 #include "klv/streams/stream.h"
+
+#include <memory>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/filters/filter.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/base/byte_reader.h"
+
 #include <cstdint>
 #include <span>
 #include <tuple>
-
-#include "klv/base/byte_reader.h"
 
 namespace klv {
 

@@ -1,5 +1,5 @@
-#include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/state/region_object.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "klv/gdi/raster/dib_source.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/dib_source.h"
 #include "klv/gdi/raster/pixel_converter.h"
 #include "klv/gdi/raster/pixel_rows.h"
 #include "klv/gdi/state/screen.h"

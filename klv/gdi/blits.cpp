@@ -1,6 +1,6 @@
+#include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/blitter.h"
 #include "klv/gdi/raster/dib_source.h"
-#include "klv/gdi/gdi.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#include "klv/gdi/state/dc.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/state/dc.h"
 #include "klv/gdi/state/screen.h"
 #include "klv/gdi/state/stock.h"
 

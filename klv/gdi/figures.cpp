@@ -1,10 +1,10 @@
+#include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/raster/curves.h"
-#include "klv/gdi/state/device_points.h"
-#include "klv/gdi/gdi.h"
-#include "klv/gdi/state/region_object.h"
 #include "klv/gdi/raster/scan_converter.h"
 #include "klv/gdi/raster/stroker.h"
+#include "klv/gdi/state/device_points.h"
+#include "klv/gdi/state/region_object.h"
 
 #include <algorithm>
 #include <cmath>

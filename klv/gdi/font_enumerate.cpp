@@ -1,6 +1,6 @@
+#include "klv/gdi/gdi.h"
 #include "klv/gdi/text/font_charset.h"
 #include "klv/gdi/text/font_face.h"
-#include "klv/gdi/gdi.h"
 #include "klv/gdi/text/text_run.h"
 
 #include <algorithm>

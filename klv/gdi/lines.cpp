@@ -1,7 +1,7 @@
-#include "klv/gdi/state/device_points.h"
 #include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/pixel_rows.h"
 #include "klv/gdi/raster/stroker.h"
+#include "klv/gdi/state/device_points.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "klv/gdi/raster/curves.h"
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/state/region_object.h"
+#include "klv/gdi/raster/curves.h"
 #include "klv/gdi/raster/scan_converter.h"
+#include "klv/gdi/state/region_object.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
-#include "klv/gdi/text/font_face.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/text/font_face.h"
 #include "klv/gdi/text/text_run.h"
 
 #include <cstring>

@@ -1,5 +1,9 @@
 #include "klv/geometry/arc.h"
 
+#include "klv/core/bezpoint.h"
+#include "klv/geometry/primitive_shapes.h"
+#include "klv/geometry/shape.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -7,10 +11,6 @@
 #include <cstdlib>
 #include <numbers>
 #include <utility>
-
-#include "klv/core/bezpoint.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "klv/geometry/shape.h"
 
 namespace klv {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "klv/core/rect.h"
 #include "klv/geometry/point_record.h"
+
+#include <cstdint>
+#include <span>
 
 namespace klv {
 

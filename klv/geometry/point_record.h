@@ -1,10 +1,10 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-
 #include "klv/core/bezpoint.h"
 #include "klv/core/point.h"
+
+#include <array>
+#include <cstdint>
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #include "klv/geometry/primitive_shapes.h"
 
+#include "klv/base/wrapping.h"
+#include "klv/core/integer_math.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-
-#include "klv/core/integer_math.h"
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

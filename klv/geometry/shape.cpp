@@ -1,9 +1,9 @@
 #include "klv/geometry/shape.h"
 
+#include "klv/streams/stream.h"
+
 #include <algorithm>
 #include <cstring>
-
-#include "klv/streams/stream.h"
 
 namespace klv {
 

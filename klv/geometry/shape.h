@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-#include <utility>
-
+#include "klv/base/types.h"
 #include "klv/core/bezpoint.h"
 #include "klv/core/buffer.h"
 #include "klv/core/object.h"
@@ -11,7 +8,10 @@
 #include "klv/core/rect.h"
 #include "klv/geometry/outline_walk.h"
 #include "klv/geometry/point_record.h"
-#include "klv/base/types.h"
+
+#include <cstdint>
+#include <span>
+#include <utility>
 
 namespace klv {
 

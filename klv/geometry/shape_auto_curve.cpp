@@ -1,10 +1,9 @@
+#include "klv/base/wrapping.h"
 #include "klv/geometry/curves/auto_curve.h"
+#include "klv/geometry/shape.h"
 
 #include <array>
 #include <cmath>
-
-#include "klv/geometry/shape.h"
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -1,10 +1,9 @@
+#include "klv/base/wrapping.h"
 #include "klv/geometry/shape.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

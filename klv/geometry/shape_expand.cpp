@@ -1,8 +1,8 @@
-#include <cmath>
-
+#include "klv/base/wrapping.h"
 #include "klv/geometry/planar/exact.h"
 #include "klv/geometry/shape.h"
-#include "klv/base/wrapping.h"
+
+#include <cmath>
 
 namespace klv {
 

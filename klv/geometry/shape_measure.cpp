@@ -1,11 +1,10 @@
-#include "klv/geometry/shape.h"
-
-#include <cmath>
-
+#include "klv/base/wrapping.h"
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/planar/decompose.h"
 #include "klv/geometry/planar/flat_outline.h"
-#include "klv/base/wrapping.h"
+#include "klv/geometry/shape.h"
+
+#include <cmath>
 
 namespace klv {
 

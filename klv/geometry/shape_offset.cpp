@@ -1,15 +1,15 @@
+#include "klv/geometry/planar/contour_offset.h"
+#include "klv/geometry/planar/decompose.h"
+#include "klv/geometry/planar/flat_outline.h"
+#include "klv/geometry/planar/shape_boolean.h"
+#include "klv/geometry/shape.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
 #include <new>
 #include <tuple>
-
-#include "klv/geometry/planar/contour_offset.h"
-#include "klv/geometry/planar/decompose.h"
-#include "klv/geometry/planar/flat_outline.h"
-#include "klv/geometry/shape.h"
-#include "klv/geometry/planar/shape_boolean.h"
 
 namespace klv {
 

@@ -1,6 +1,5 @@
-#include "klv/geometry/shape.h"
-
 #include "klv/gdi/gdi.h"
+#include "klv/geometry/shape.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
+#include "klv/geometry/curves/curve_fit.h"
+#include "klv/geometry/shape.h"
+
 #include <algorithm>
 #include <new>
 #include <vector>
-
-#include "klv/geometry/curves/curve_fit.h"
-#include "klv/geometry/shape.h"
 
 namespace klv {
 

@@ -1,11 +1,10 @@
 #include "klv/geometry/shape.h"
+#include "klv/streams/compression/compression_frame.h"
+#include "klv/streams/stream.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-
-#include "klv/streams/compression/compression_frame.h"
-#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,12 +1,11 @@
+#include "klv/base/wrapping.h"
+#include "klv/geometry/distort.h"
+#include "klv/geometry/matrix.h"
 #include "klv/geometry/shape.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-
-#include "klv/geometry/distort.h"
-#include "klv/geometry/matrix.h"
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

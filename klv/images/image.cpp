@@ -1,15 +1,15 @@
 #include "klv/images/image.h"
 
-#include "klv/core/integer_math.h"
-#include "klv/devices/device.h"
-#include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_context.h"
-#include "klv/images/image_cache.h"
-#include "klv/geometry/matrix.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "klv/metafiles/metafile.h"
+#include "klv/core/integer_math.h"
+#include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"
+#include "klv/geometry/matrix.h"
+#include "klv/geometry/primitive_shapes.h"
+#include "klv/images/image_cache.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/platform/system/handle_token.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/bitmaps/image_context.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"
-#include "klv/bitmaps/image_context.h"
 
 #include <cstdint>
 

@@ -1,11 +1,11 @@
 #include "klv/images/image_cache.h"
 
+#include "klv/bitmaps/image_context.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
 #include "klv/devices/display_bitmap.h"
-#include "klv/images/detail/image_cache_store.h"
-#include "klv/bitmaps/image_context.h"
 #include "klv/gdi/gdi.h"
+#include "klv/images/detail/image_cache_store.h"
 #include "klv/platform/system/memory_status.h"
 
 #include <algorithm>

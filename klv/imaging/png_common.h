@@ -2,9 +2,9 @@
 
 #include "klv/imaging/codec.h"
 
-#include <png.h>
-
 #include <csetjmp>
+
+#include <png.h>
 
 namespace klv::imaging {
 

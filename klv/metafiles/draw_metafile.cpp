@@ -1,5 +1,5 @@
-#include "klv/devices/device.h"
 #include "klv/bitmaps/metafile_context.h"
+#include "klv/devices/device.h"
 #include "klv/metafiles/metafile.h"
 
 namespace klv {

@@ -1,18 +1,17 @@
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/metafile_context.h"
+#include "klv/core/memory.h"
+#include "klv/devices/display_bitmap.h"
+#include "klv/geometry/matrix.h"
+#include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/detail/rectangles.h"
 #include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
-
-#include "klv/core/memory.h"
-#include "klv/devices/display_bitmap.h"
-#include "klv/bitmaps/dib_context.h"
-#include "klv/geometry/matrix.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/bitmaps/metafile_context.h"
-#include "klv/metafiles/detail/playback.h"
-#include "klv/metafiles/detail/rectangles.h"
 
 namespace klv {
 

@@ -1,13 +1,12 @@
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/dib_palette.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
-
-#include "klv/bitmaps/dib.h"
-#include "klv/bitmaps/dib_context.h"
-#include "klv/bitmaps/dib_palette.h"
-#include "klv/bitmaps/memory_dib.h"
 
 namespace klv {
 

@@ -1,11 +1,10 @@
+#include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/detail/rectangles.h"
 #include "klv/metafiles/metafile.h"
+#include "klv/metafiles/metafile_records.h"
 
 #include <cstdint>
 #include <cstdlib>
-
-#include "klv/metafiles/metafile_records.h"
-#include "klv/metafiles/detail/playback.h"
-#include "klv/metafiles/detail/rectangles.h"
 
 namespace klv {
 

@@ -1,17 +1,17 @@
 #include "klv/metafiles/metafile.h"
 
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_context.h"
+#include "klv/core/collection.h"
+#include "klv/core/progress.h"
+#include "klv/metafiles/detail/record_stream.h"
+#include "klv/metafiles/metafile_records.h"
+#include "klv/streams/memory_stream.h"
+
 #include <algorithm>
 #include <new>
 #include <utility>
 #include <vector>
-
-#include "klv/core/collection.h"
-#include "klv/core/progress.h"
-#include "klv/bitmaps/dib.h"
-#include "klv/bitmaps/dib_context.h"
-#include "klv/metafiles/metafile_records.h"
-#include "klv/metafiles/detail/record_stream.h"
-#include "klv/streams/memory_stream.h"
 
 namespace klv {
 

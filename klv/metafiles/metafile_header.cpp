@@ -1,13 +1,12 @@
+#include "klv/base/byte_reader.h"
+#include "klv/core/integer_math.h"
+#include "klv/metafiles/detail/record_stream.h"
 #include "klv/metafiles/metafile.h"
 
 #include <array>
 #include <cstring>
 #include <span>
 #include <string_view>
-
-#include "klv/core/integer_math.h"
-#include "klv/metafiles/detail/record_stream.h"
-#include "klv/base/byte_reader.h"
 
 namespace klv {
 

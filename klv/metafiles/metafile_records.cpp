@@ -1,9 +1,9 @@
 #include "klv/metafiles/metafile_records.h"
 
+#include "klv/metafiles/detail/record_stream.h"
+
 #include <array>
 #include <new>
-
-#include "klv/metafiles/detail/record_stream.h"
 
 namespace klv {
 

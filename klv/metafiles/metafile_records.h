@@ -1,21 +1,21 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <span>
-#include <variant>
-#include <vector>
-
-#include "klv/colour/colour.h"
 #include "klv/attributes/fill_spec.h"
 #include "klv/attributes/font_spec.h"
 #include "klv/attributes/line_spec.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/colour/colour.h"
 #include "klv/core/memory.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
 #include "klv/core/string.h"
 #include "klv/geometry/shape.h"
-#include "klv/bitmaps/memory_dib.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <variant>
+#include <vector>
 
 namespace klv {
 

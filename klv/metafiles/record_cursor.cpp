@@ -1,7 +1,7 @@
 #include "klv/metafiles/record_cursor.h"
 
-#include "klv/metafiles/metafile.h"
 #include "klv/metafiles/detail/record_stream.h"
+#include "klv/metafiles/metafile.h"
 
 namespace klv {
 

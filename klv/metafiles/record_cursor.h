@@ -1,9 +1,9 @@
 #pragma once
 
+#include "klv/metafiles/metafile_records.h"
+
 #include <cstdint>
 #include <utility>
-
-#include "klv/metafiles/metafile_records.h"
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #include "klv/metafiles/record_text.h"
 
+#include "klv/bitmaps/dib.h"
+
 #include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <string_view>
-
-#include "klv/bitmaps/dib.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "klv/core/memory.h"
 #include "klv/metafiles/metafile_records.h"
+
+#include <string>
 
 namespace klv {
 

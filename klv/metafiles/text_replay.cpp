@@ -1,14 +1,14 @@
-#include <cmath>
-#include <memory>
-
-#include "klv/devices/device.h"
-#include "klv/devices/font_detail.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "klv/metafiles/metafile.h"
+#include "klv/devices/device.h"
+#include "klv/devices/font_detail.h"
 #include "klv/metafiles/detail/playback.h"
 #include "klv/metafiles/detail/rectangles.h"
 #include "klv/metafiles/detail/text_bitmap.h"
+#include "klv/metafiles/metafile.h"
+
+#include <cmath>
+#include <memory>
 
 namespace klv {
 

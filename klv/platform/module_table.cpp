@@ -1,7 +1,5 @@
 #include "klv/platform/module_table.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
@@ -11,6 +9,8 @@
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include <dlfcn.h>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <span>
-
 #include "klv/base/types.h"
+
+#include <span>
 
 /// Optional libraries by name. A name ("LTKRN80N.DLL", any letter case, a missing extension counts as .dll)
 /// stands for symbols registered in this process, for a shared object beside the library, or for nothing.

@@ -1,14 +1,14 @@
 #include "klv/streams/directory.h"
 
-#include <ctime>
-#include <new>
-#include <string>
-#include <string_view>
-
 #include "klv/platform/system/directory.h"
 #include "klv/platform/system/network.h"
 #include "klv/platform/system/path.h"
 #include "klv/streams/store_iterator.h"
+
+#include <ctime>
+#include <new>
+#include <string>
+#include <string_view>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/list.h"
 #include "klv/streams/file.h"
 #include "klv/streams/storage.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <span>
-
 #include "klv/core/buffer.h"
 #include "klv/platform/system/file.h"
 #include "klv/streams/typed_stream.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
 
 namespace klv {
 

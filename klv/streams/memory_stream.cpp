@@ -1,9 +1,9 @@
 #include "klv/streams/memory_stream.h"
 
-#include <algorithm>
-
 #include "klv/base/wrapping.h"
 #include "klv/streams/file.h"
+
+#include <algorithm>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "klv/streams/shared_bytes.h"
+#include "klv/streams/typed_stream.h"
+
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <span>
-
-#include "klv/streams/shared_bytes.h"
-#include "klv/streams/typed_stream.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/platform/system/ole_stream.h"
 #include "klv/streams/typed_stream.h"
+
+#include <cstdint>
 
 namespace klv {
 

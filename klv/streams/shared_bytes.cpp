@@ -1,9 +1,9 @@
 #include "klv/streams/shared_bytes.h"
 
+#include "klv/core/memory.h"
+
 #include <algorithm>
 #include <new>
-
-#include "klv/core/memory.h"
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/list.h"
 #include "klv/core/string.h"
 #include "klv/streams/stream.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/core/date.h"
 #include "klv/core/string.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,13 +1,13 @@
 #include "klv/streams/stream.h"
 
-#include <algorithm>
-#include <array>
-#include <cstring>
-
 #include "klv/core/buffer.h"
 #include "klv/streams/compression/compression_frame.h"
 #include "klv/streams/compression/explode.h"
 #include "klv/streams/compression/implode.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
-
 #include "klv/core/buffer.h"
 #include "klv/core/string.h"
 #include "klv/streams/archive.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
 
 namespace klv {
 

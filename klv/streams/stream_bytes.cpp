@@ -1,9 +1,9 @@
 #include "klv/streams/stream_bytes.h"
 
+#include "klv/streams/stream.h"
+
 #include <algorithm>
 #include <cstddef>
-
-#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "klv/core/buffer.h"
+
 #include <cstdint>
 #include <span>
-
-#include "klv/core/buffer.h"
 
 namespace klv {
 

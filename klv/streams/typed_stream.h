@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <cstring>
-
 #include "klv/platform/system/handle_token.h"
 #include "klv/streams/stream.h"
+
+#include <cstdint>
+#include <cstring>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
-#include <string_view>
-
 #include "klv/core/buffer.h"
 #include "klv/core/real.h"
 #include "klv/core/string.h"
 #include "klv/streams/stream.h"
+
+#include <string_view>
 
 namespace klv {
 

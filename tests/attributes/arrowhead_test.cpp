@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "klv/attributes/line_spec.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

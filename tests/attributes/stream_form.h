@@ -1,6 +1,7 @@
 #pragma once
 
 #include "klv/streams/memory_stream.h"
+
 #include "tests/streams/stream_testing.h"
 
 namespace klv {

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "klv/base/byte_reader.h"
 #include "klv/base/byte_writer.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

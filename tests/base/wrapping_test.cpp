@@ -1,9 +1,9 @@
-#include <gtest/gtest.h>
+#include "klv/base/wrapping.h"
 
 #include <cmath>
 #include <limits>
 
-#include "klv/base/wrapping.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,6 +1,6 @@
-#include "klv/colour/colour.h"
 #include "klv/bitmaps/dib_header.h"
 #include "klv/bitmaps/dib_palette.h"
+#include "klv/colour/colour.h"
 
 #include <gtest/gtest.h>
 

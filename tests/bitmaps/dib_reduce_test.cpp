@@ -1,15 +1,15 @@
-#include "klv/bitmaps/pixels/dib_dither.h"
 #include "klv/bitmaps/dib_widen.h"
 #include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/pixels/dib_dither.h"
 #include "klv/streams/memory_stream.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,15 +1,16 @@
-#include "klv/core/memory.h"
+#include "klv/base/byte_writer.h"
 #include "klv/bitmaps/detail/dib_stream.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "klv/base/byte_writer.h"
+#include "klv/core/memory.h"
 #include "klv/streams/memory_stream.h"
-#include "tests/bitmaps/dib_text.h"
 
-#include <gtest/gtest.h>
+#include "tests/bitmaps/dib_text.h"
 
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,8 +1,9 @@
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/tile_info.h"
 #include "klv/core/rect.h"
 #include "klv/geometry/distort.h"
 #include "klv/geometry/matrix.h"
-#include "klv/bitmaps/memory_dib.h"
+
 #include "tests/bitmaps/dib_text.h"
 
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
-#include "klv/devices/device.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/image_context.h"
-#include "klv/geometry/matrix.h"
 #include "klv/bitmaps/metafile_context.h"
-
-#include <gtest/gtest.h>
+#include "klv/devices/device.h"
+#include "klv/geometry/matrix.h"
 
 #include <memory>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,13 +1,14 @@
-#include "klv/colour/colour.h"
-#include "klv/core/rect.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "tests/bitmaps/dib_text.h"
+#include "klv/colour/colour.h"
+#include "klv/core/rect.h"
 
-#include <gtest/gtest.h>
+#include "tests/bitmaps/dib_text.h"
 
 #include <array>
 #include <memory>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,10 +1,10 @@
 #include "klv/bitmaps/pixels/resample.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

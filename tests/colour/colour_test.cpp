@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
+#include "klv/colour/colour.h"
+#include "klv/platform/module_table.h"
+
+#include "tests/attributes/stream_form.h"
 
 #include <array>
 #include <tuple>
 
-#include "klv/colour/colour.h"
-#include "klv/platform/module_table.h"
-#include "tests/attributes/stream_form.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

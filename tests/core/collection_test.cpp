@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "klv/core/collection.h"
 #include "klv/core/memory.h"
 #include "klv/core/system.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

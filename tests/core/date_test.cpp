@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "klv/core/date.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

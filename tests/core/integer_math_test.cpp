@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
+#include "klv/core/integer_math.h"
 
 #include <cmath>
 
-#include "klv/core/integer_math.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,12 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <initializer_list>
-#include <string>
-
 #include "klv/core/list.h"
 #include "klv/core/memory.h"
 #include "klv/core/ptr_list.h"
 #include "klv/core/system.h"
+
+#include <initializer_list>
+#include <string>
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

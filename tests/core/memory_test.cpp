@@ -1,17 +1,17 @@
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <numeric>
-#include <vector>
-
+#include "klv/base/byte_writer.h"
 #include "klv/core/buffer.h"
 #include "klv/core/exception.h"
 #include "klv/core/memory.h"
 #include "klv/core/module.h"
 #include "klv/core/system.h"
-#include "klv/base/byte_writer.h"
 #include "klv/platform/host.h"
 #include "klv/platform/system/windows.h"
+
+#include <memory>
+#include <numeric>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

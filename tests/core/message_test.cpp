@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "klv/core/message.h"
 #include "klv/platform/host.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

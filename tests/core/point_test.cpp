@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "klv/core/bezpoint.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
+#include "klv/core/range.h"
+#include "klv/core/real.h"
 
 #include <cmath>
 #include <random>
 
-#include "klv/core/range.h"
-#include "klv/core/real.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "klv/core/rect.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

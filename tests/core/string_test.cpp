@@ -1,12 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "klv/core/library_strings.h"
 #include "klv/core/memory.h"
 #include "klv/core/resource_id.h"
 #include "klv/core/string.h"
 #include "klv/core/system.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

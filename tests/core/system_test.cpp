@@ -1,9 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <filesystem>
-#include <vector>
-
 #include "klv/core/library_entry.h"
 #include "klv/core/system.h"
 #include "klv/platform/module_table.h"
@@ -11,6 +5,12 @@
 #include "klv/platform/system/profile.h"
 #include "klv/platform/system/settings.h"
 #include "klv/platform/system/windows.h"
+
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 

@@ -1,9 +1,10 @@
-#include "klv/colour/image_colour.h"
-#include "klv/bitmaps/tile_info.h"
-#include "klv/devices/bitmap/colour_match.h"
-#include "klv/devices/bitmap/colour_override.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/tile_info.h"
+#include "klv/colour/image_colour.h"
+#include "klv/devices/bitmap/colour_match.h"
+#include "klv/devices/bitmap/colour_override.h"
+
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

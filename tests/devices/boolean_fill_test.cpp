@@ -1,10 +1,10 @@
 #include "test_surface.h"
 #include "tests/geometry/random_outlines.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
+
+#include <gtest/gtest.h>
 
 namespace klv::test {
 namespace {

@@ -1,4 +1,5 @@
 #include "klv/geometry/primitive_shapes.h"
+
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

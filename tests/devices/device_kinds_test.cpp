@@ -1,14 +1,15 @@
+#include "klv/bitmaps/dib_context.h"
 #include "klv/core/memory.h"
 #include "klv/devices/display_bitmap.h"
 #include "klv/devices/memory_device.h"
 #include "klv/devices/screen.h"
-#include "klv/bitmaps/dib_context.h"
-#include "tests/devices/test_surface.h"
 
-#include <gtest/gtest.h>
+#include "tests/devices/test_surface.h"
 
 #include <algorithm>
 #include <cstring>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

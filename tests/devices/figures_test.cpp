@@ -1,5 +1,6 @@
 #include "klv/core/collection.h"
 #include "klv/geometry/primitive_shapes.h"
+
 #include "test_surface.h"
 
 #include <gtest/gtest.h>

@@ -1,13 +1,14 @@
 #include "klv/devices/fill/band_cutter.h"
 #include "klv/devices/fill/graduated_fill.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "test_surface.h"
 
-#include <gtest/gtest.h>
+#include "test_surface.h"
 
 #include <cmath>
 #include <numbers>
 #include <random>
+
+#include <gtest/gtest.h>
 
 namespace klv::test {
 namespace {

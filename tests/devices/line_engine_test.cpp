@@ -1,14 +1,15 @@
-#include "klv/devices/outline/flatten.h"
 #include "klv/devices/line/line_geometry.h"
+#include "klv/devices/outline/flatten.h"
 #include "klv/devices/outline/point_list.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "test_surface.h"
 
-#include <gtest/gtest.h>
+#include "test_surface.h"
 
 #include <chrono>
 #include <cmath>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv::test {
 namespace {

@@ -1,12 +1,13 @@
 #include "klv/core/list.h"
 #include "klv/core/string.h"
 #include "klv/devices/font_detail.h"
-#include "tests/devices/test_surface.h"
 
-#include <gtest/gtest.h>
+#include "tests/devices/test_surface.h"
 
 #include <cmath>
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,14 +1,15 @@
-#include "klv/filters/raster/bmp_filter.h"
-#include "klv/filters/progress.h"
 #include "klv/base/byte_writer.h"
+#include "klv/filters/progress.h"
+#include "klv/filters/raster/bmp_filter.h"
 #include "klv/streams/memory_stream.h"
-#include "tests/filters/imaging.h"
 
-#include <gtest/gtest.h>
+#include "tests/filters/imaging.h"
 
 #include <algorithm>
 #include <optional>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,15 +1,15 @@
+#include "klv/base/byte_reader.h"
+#include "klv/base/byte_writer.h"
 #include "klv/filters/raster/eps_filter.h"
+#include "klv/streams/memory_stream.h"
 
-#include <gtest/gtest.h>
+#include "tests/filters/imaging.h"
+#include "tests/filters/tiff_builder.h"
 
 #include <string>
 #include <string_view>
 
-#include "klv/base/byte_reader.h"
-#include "klv/base/byte_writer.h"
-#include "klv/streams/memory_stream.h"
-#include "tests/filters/imaging.h"
-#include "tests/filters/tiff_builder.h"
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

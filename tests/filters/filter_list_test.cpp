@@ -1,10 +1,11 @@
-#include <gtest/gtest.h>
-
 #include "klv/filters/filter_list.h"
 #include "klv/filters/progress.h"
 #include "klv/platform/system/tick_count.h"
 #include "klv/streams/memory_stream.h"
+
 #include "tests/filters/wmf_builder.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

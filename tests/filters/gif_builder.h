@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/filters/gif/gif_format.h"
 #include "klv/base/byte_writer.h"
+#include "klv/filters/gif/gif_format.h"
 
 #include <cstdint>
 #include <string>

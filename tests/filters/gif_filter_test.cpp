@@ -1,20 +1,20 @@
-#include "klv/filters/gif/gif_filter.h"
-
-#include "klv/core/memory.h"
-#include "klv/filters/progress.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
+#include "klv/core/memory.h"
+#include "klv/filters/gif/gif_filter.h"
+#include "klv/filters/progress.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/streams/memory_stream.h"
-#include "tests/filters/gif_builder.h"
 
-#include <gtest/gtest.h>
+#include "tests/filters/gif_builder.h"
 
 #include <cstring>
 #include <random>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,4 +1,5 @@
 // What the bitmap filters ask of the imaging library, told by a library that only takes notes.
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/filters/raster/flashpix_filter.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/filters/raster/jpeg_filter.h"
@@ -7,18 +8,17 @@
 #include "klv/filters/raster/photoshop_filter.h"
 #include "klv/filters/raster/png_filter.h"
 #include "klv/filters/raster/targa_filter.h"
-#include "klv/bitmaps/memory_dib.h"
 #include "klv/platform/module_table.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

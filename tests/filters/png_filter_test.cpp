@@ -1,17 +1,18 @@
+#include "klv/bitmaps/stream_dib.h"
+#include "klv/filters/progress.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/filters/raster/png_filter.h"
-#include "klv/filters/progress.h"
-#include "klv/bitmaps/stream_dib.h"
 #include "klv/streams/memory_stream.h"
-#include "tests/filters/imaging.h"
 
-#include <gtest/gtest.h>
-#include <zlib.h>
+#include "tests/filters/imaging.h"
 
 #include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <zlib.h>
 
 namespace klv {
 namespace {

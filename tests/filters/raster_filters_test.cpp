@@ -1,7 +1,7 @@
 // What holds for the filters of all raster formats.
+#include "klv/filters/gif/gif_filter.h"
 #include "klv/filters/raster/bmp_filter.h"
 #include "klv/filters/raster/flashpix_filter.h"
-#include "klv/filters/gif/gif_filter.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/filters/raster/jpeg_filter.h"
 #include "klv/filters/raster/pcx_filter.h"
@@ -11,9 +11,8 @@
 #include "klv/filters/raster/targa_filter.h"
 #include "klv/filters/tiff/tiff_filter.h"
 #include "klv/streams/memory_stream.h"
-#include "tests/filters/imaging.h"
 
-#include <gtest/gtest.h>
+#include "tests/filters/imaging.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,6 +21,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

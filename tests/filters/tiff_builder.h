@@ -1,5 +1,8 @@
 #pragma once
 
+#include "klv/base/byte_writer.h"
+#include "klv/filters/tiff/tiff_huffman_tables.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <map>
@@ -7,9 +10,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "klv/filters/tiff/tiff_huffman_tables.h"
-#include "klv/base/byte_writer.h"
 
 namespace klv::test {
 

@@ -1,17 +1,17 @@
+#include "klv/bitmaps/stream_dib.h"
+#include "klv/core/memory.h"
+#include "klv/filters/progress.h"
 #include "klv/filters/tiff/tiff_filter.h"
+#include "klv/filters/tiff/tiff_palette.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
 
-#include <gtest/gtest.h>
+#include "tests/filters/imaging.h"
+#include "tests/filters/tiff_builder.h"
 
 #include <random>
 
-#include "klv/core/memory.h"
-#include "klv/filters/progress.h"
-#include "klv/filters/tiff/tiff_palette.h"
-#include "klv/bitmaps/stream_dib.h"
-#include "klv/streams/file.h"
-#include "klv/streams/memory_stream.h"
-#include "tests/filters/imaging.h"
-#include "tests/filters/tiff_builder.h"
+#include <gtest/gtest.h>
 
 // Most of these run without the imaging module: what the own decoder does not read, fails.
 

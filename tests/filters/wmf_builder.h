@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/formats/wmf_records.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <string_view>
 #include <vector>
-
-#include "klv/formats/wmf_records.h"
 
 namespace klv::test {
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "klv/filters/wmf/wmf_filter.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"
 #include "klv/streams/memory_stream.h"
+
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace klv::test {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "tests/filters/wmf_builder.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <vector>
-
-#include "tests/filters/wmf_builder.h"
 
 namespace klv::test {
 

@@ -1,14 +1,15 @@
-#include <gtest/gtest.h>
-
-#include <fstream>
-
 #include "klv/core/memory.h"
 #include "klv/filters/filter_list.h"
 #include "klv/streams/file.h"
 #include "klv/streams/ole_stream.h"
+
 #include "tests/filters/wmf_builder.h"
 #include "tests/filters/wmf_conversion.h"
 #include "tests/filters/wmf_drawing.h"
+
+#include <fstream>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "tests/filters/wmf_builder.h"
 #include "tests/filters/wmf_conversion.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,11 +1,12 @@
 #include "klv/gdi/state/objects.h"
-#include "tests/gdi/raster_canvas.h"
 
-#include <gtest/gtest.h>
+#include "tests/gdi/raster_canvas.h"
 
 #include <array>
 #include <cstring>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,11 +1,11 @@
 #include "tests/gdi/raster_canvas.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,10 +1,10 @@
+#include "klv/gdi/text.h"
 #include "klv/gdi/text/font_charset.h"
 #include "klv/gdi/text/symbol_tables.h"
-#include "klv/gdi/text.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace klv::gdi {
 namespace {

@@ -1,10 +1,10 @@
 #include "tests/gdi/raster_canvas.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,11 +1,11 @@
 #include "tests/gdi/text_canvas.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cmath>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
+#include "tests/geometry/shape_text.h"
 
 #include <cmath>
 
-#include "tests/geometry/shape_text.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

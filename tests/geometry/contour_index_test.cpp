@@ -1,9 +1,9 @@
 #include "klv/geometry/planar/contour_index.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,14 +1,14 @@
 #include "klv/geometry/planar/crossings.h"
+#include "klv/geometry/planar/decompose.h"
+#include "klv/platform/host.h"
 
-#include <gtest/gtest.h>
+#include "tests/geometry/pairwise_walk.h"
+#include "tests/geometry/random_outlines.h"
 
 #include <set>
 #include <vector>
 
-#include "klv/geometry/planar/decompose.h"
-#include "klv/platform/host.h"
-#include "tests/geometry/pairwise_walk.h"
-#include "tests/geometry/random_outlines.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

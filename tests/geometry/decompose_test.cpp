@@ -1,11 +1,11 @@
 #include "klv/geometry/planar/decompose.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

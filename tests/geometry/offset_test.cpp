@@ -1,12 +1,13 @@
-#include <gtest/gtest.h>
+#include "klv/geometry/planar/offset_corners.h"
+#include "klv/geometry/primitive_shapes.h"
+
+#include "tests/geometry/shape_text.h"
 
 #include <cmath>
 #include <limits>
 #include <random>
 
-#include "klv/geometry/planar/offset_corners.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "tests/geometry/shape_text.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

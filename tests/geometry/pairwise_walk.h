@@ -1,14 +1,14 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/geometry/planar/poly_polygon.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <vector>
-
-#include "klv/geometry/planar/poly_polygon.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #include "klv/geometry/primitive_shapes.h"
 
+#include "tests/geometry/shape_text.h"
+
 #include <cmath>
 
 #include <gtest/gtest.h>
-
-#include "tests/geometry/shape_text.h"
 
 using namespace klv;
 

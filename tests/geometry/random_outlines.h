@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/geometry/planar/poly_polygon.h"
+#include "klv/geometry/shape.h"
+
 #include <cstdint>
 #include <random>
 #include <vector>
-
-#include "klv/geometry/planar/poly_polygon.h"
-#include "klv/geometry/shape.h"
 
 namespace klv {
 

@@ -1,6 +1,11 @@
+#include "klv/geometry/planar/crossings.h"
+#include "klv/geometry/planar/exact.h"
 #include "klv/geometry/planar/shape_boolean.h"
+#include "klv/geometry/primitive_shapes.h"
+#include "klv/geometry/shape.h"
 
-#include <gtest/gtest.h>
+#include "tests/geometry/random_outlines.h"
+#include "tests/geometry/shape_text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,12 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "klv/geometry/planar/crossings.h"
-#include "klv/geometry/planar/exact.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "klv/geometry/shape.h"
-#include "tests/geometry/random_outlines.h"
-#include "tests/geometry/shape_text.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

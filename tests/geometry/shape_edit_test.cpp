@@ -1,7 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "klv/geometry/curves/auto_curve.h"
+
 #include "tests/geometry/shape_text.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

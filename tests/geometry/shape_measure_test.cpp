@@ -1,9 +1,10 @@
-#include <gtest/gtest.h>
-
+#include "klv/gdi/gdi.h"
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "klv/gdi/gdi.h"
+
 #include "tests/geometry/shape_text.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

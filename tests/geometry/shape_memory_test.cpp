@@ -1,13 +1,14 @@
-#include <gtest/gtest.h>
+#include "klv/core/memory.h"
+#include "klv/geometry/matrix.h"
+#include "klv/geometry/primitive_shapes.h"
+
+#include "tests/attributes/stream_form.h"
+#include "tests/geometry/shape_text.h"
 
 #include <cmath>
 #include <functional>
 
-#include "klv/core/memory.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "klv/geometry/matrix.h"
-#include "tests/attributes/stream_form.h"
-#include "tests/geometry/shape_text.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
+#include "klv/core/memory.h"
+#include "klv/geometry/primitive_shapes.h"
+
+#include "tests/attributes/stream_form.h"
+#include "tests/geometry/shape_text.h"
 
 #include <memory>
 
-#include "klv/core/memory.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "tests/attributes/stream_form.h"
-#include "tests/geometry/shape_text.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

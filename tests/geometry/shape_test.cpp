@@ -1,10 +1,11 @@
-#include <gtest/gtest.h>
+#include "klv/core/memory.h"
+#include "klv/geometry/primitive_shapes.h"
+
+#include "tests/geometry/shape_text.h"
 
 #include <vector>
 
-#include "klv/core/memory.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "tests/geometry/shape_text.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

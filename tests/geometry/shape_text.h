@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "klv/geometry/shape.h"
+
+#include <string>
 
 namespace klv {
 

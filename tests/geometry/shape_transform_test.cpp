@@ -1,7 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "klv/geometry/matrix.h"
+
 #include "tests/geometry/shape_text.h"
+
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,18 +1,19 @@
+#include "klv/bitmaps/dib_context.h"
+#include "klv/bitmaps/metafile_context.h"
 #include "klv/devices/display_bitmap.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "klv/bitmaps/dib_context.h"
+#include "klv/images/detail/image_cache_store.h"
 #include "klv/images/image.h"
 #include "klv/images/image_cache.h"
-#include "klv/images/detail/image_cache_store.h"
-#include "klv/bitmaps/metafile_context.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/platform/host.h"
-#include "tests/bitmaps/dib_text.h"
 
-#include <gtest/gtest.h>
+#include "tests/bitmaps/dib_text.h"
 
 #include <memory>
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

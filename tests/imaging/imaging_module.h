@@ -4,14 +4,14 @@
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <span>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv::test {
 

@@ -1,17 +1,18 @@
-#include <gtest/gtest.h>
+#include "klv/core/memory.h"
+#include "klv/filters/raster/png_filter.h"
+#include "klv/filters/wmf/wmf_filter.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tests/filters/imaging.h"
+#include "tests/filters/wmf_drawing.h"
+#include "tools/klv/failure.h"
+#include "tools/klv/render.h"
 
 #include <algorithm>
 #include <optional>
 #include <vector>
 
-#include "klv/core/memory.h"
-#include "klv/filters/raster/png_filter.h"
-#include "klv/filters/wmf/wmf_filter.h"
-#include "klv/streams/memory_stream.h"
-#include "tests/filters/imaging.h"
-#include "tests/filters/wmf_drawing.h"
-#include "tools/klv/failure.h"
-#include "tools/klv/render.h"
+#include <gtest/gtest.h>
 
 // Memory runs out at every point of a conversion: WMF, recorded picture, pixels, PNG.
 

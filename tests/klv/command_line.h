@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "tests/filters/wmf_builder.h"
 
 #include <array>
 #include <cstdio>
@@ -9,9 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
-
-#include "tests/filters/wmf_builder.h"
 
 /// The built tool as a user runs it.
 namespace klv::test {

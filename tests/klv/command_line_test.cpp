@@ -1,8 +1,8 @@
+#include "tests/klv/command_line.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <string>
-
-#include "tests/klv/command_line.h"
 
 // The built tool as a user runs it.
 

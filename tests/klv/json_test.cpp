@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "tools/klv/json.h"
+
+#include <gtest/gtest.h>
 
 namespace klv::tool {
 namespace {

@@ -1,10 +1,11 @@
-#include <gtest/gtest.h>
+#include "klv/metafiles/metafile.h"
+
+#include "tools/klv/render.h"
 
 #include <set>
 #include <utility>
 
-#include "klv/metafiles/metafile.h"
-#include "tools/klv/render.h"
+#include <gtest/gtest.h>
 
 namespace klv::tool {
 namespace {

@@ -1,10 +1,11 @@
+#include "klv/base/types.h"
+
+#include "tests/klv/command_line.h"
+
 #include <algorithm>
 #include <initializer_list>
 #include <string>
 #include <vector>
-
-#include "klv/base/types.h"
-#include "tests/klv/command_line.h"
 
 // `klv shape` as a user runs it, on pictures of 200 by 100 units drawn with a pixel for 10 units.
 

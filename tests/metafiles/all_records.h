@@ -1,11 +1,11 @@
 #pragma once
 
-#include <vector>
-
 #include "klv/bitmaps/memory_dib.h"
+#include "klv/metafiles/detail/record_stream.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/metafile_records.h"
-#include "klv/metafiles/detail/record_stream.h"
+
+#include <vector>
 
 namespace klv {
 

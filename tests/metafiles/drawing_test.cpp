@@ -1,16 +1,17 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-#include "klv/core/memory.h"
-#include "klv/devices/memory_device.h"
-#include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "klv/metafiles/metafile.h"
+#include "klv/core/memory.h"
+#include "klv/devices/memory_device.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "klv/metafiles/detail/text_bitmap.h"
+#include "klv/metafiles/metafile.h"
+
 #include "tests/metafiles/picture_bytes.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <cstdio>
-#include <string>
-#include <vector>
-
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_context.h"
 #include "klv/core/collection.h"
 #include "klv/core/string.h"
 #include "klv/devices/device.h"
-#include "klv/bitmaps/dib.h"
-#include "klv/bitmaps/dib_context.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
 
 namespace klv {
 

@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
-
-#include "klv/metafiles/metafile.h"
 #include "klv/metafiles/detail/playback.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"
+
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/picture_bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

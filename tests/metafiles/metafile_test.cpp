@@ -1,11 +1,11 @@
-#include "klv/metafiles/metafile.h"
-
-#include <gtest/gtest.h>
-
 #include "klv/core/progress.h"
 #include "klv/geometry/shape.h"
+#include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
+
 #include "tests/metafiles/picture_bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

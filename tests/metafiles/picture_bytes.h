@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/streams/memory_stream.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
-
-#include "klv/streams/memory_stream.h"
 
 namespace klv {
 

@@ -1,14 +1,15 @@
-#include <gtest/gtest.h>
-
-#include "klv/core/progress.h"
-#include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
+#include "klv/core/progress.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "klv/metafiles/metafile.h"
+
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/fake_device.h"
 #include "tests/metafiles/picture_bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

@@ -1,12 +1,13 @@
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"
+
 #include "tests/metafiles/all_records.h"
 #include "tests/metafiles/picture_bytes.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

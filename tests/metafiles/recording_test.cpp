@@ -1,12 +1,13 @@
-#include <gtest/gtest.h>
-
-#include "klv/core/collection.h"
-#include "klv/geometry/primitive_shapes.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
+#include "klv/core/collection.h"
+#include "klv/geometry/primitive_shapes.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
+
 #include "tests/metafiles/picture_bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 namespace {

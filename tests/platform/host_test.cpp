@@ -1,9 +1,9 @@
-#include <gtest/gtest.h>
+#include "klv/platform/host.h"
 
 #include <cstdlib>
 #include <stdexcept>
 
-#include "klv/platform/host.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

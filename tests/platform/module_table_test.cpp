@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
+#include "klv/platform/module_table.h"
+#include "klv/platform/system/handle_token.h"
 
 #include <cstdint>
 #include <string>
 
-#include "klv/platform/system/handle_token.h"
-#include "klv/platform/module_table.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

@@ -1,4 +1,6 @@
-#include <gtest/gtest.h>
+#include "klv/platform/system/profile.h"
+#include "klv/platform/system/registry.h"
+#include "klv/platform/system/settings.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -6,9 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "klv/platform/system/profile.h"
-#include "klv/platform/system/registry.h"
-#include "klv/platform/system/settings.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

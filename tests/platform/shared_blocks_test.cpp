@@ -1,14 +1,13 @@
-#include <gtest/gtest.h>
-
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstring>
-
 #include "klv/platform/system/global_memory.h"
 #include "klv/platform/system/shared_memory.h"
 #include "klv/platform/system/string_resources.h"
 #include "klv/platform/system/tick_count.h"
+
+#include <cstring>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace klv;
 

@@ -1,15 +1,15 @@
-#include <gtest/gtest.h>
+#include "klv/platform/system/directory.h"
+#include "klv/platform/system/file.h"
+#include "klv/platform/system/memory_mapping.h"
+#include "klv/platform/system/network.h"
+#include "klv/platform/system/path.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "klv/platform/system/directory.h"
-#include "klv/platform/system/file.h"
-#include "klv/platform/system/memory_mapping.h"
-#include "klv/platform/system/network.h"
-#include "klv/platform/system/path.h"
+#include <gtest/gtest.h>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
+#include "klv/platform/system/windows.h"
 
 #include <string>
 
-#include "klv/platform/system/windows.h"
+#include <gtest/gtest.h>
 
 using namespace klv;
 

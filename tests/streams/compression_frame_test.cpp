@@ -1,14 +1,15 @@
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
-
 #include "klv/core/memory.h"
 #include "klv/core/string.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"
 #include "klv/streams/ole_stream.h"
+
 #include "tests/streams/stream_testing.h"
+
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 

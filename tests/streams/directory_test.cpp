@@ -1,4 +1,8 @@
-#include <gtest/gtest.h>
+#include "klv/platform/system/network.h"
+#include "klv/streams/directory.h"
+#include "klv/streams/store_iterator.h"
+
+#include "tests/streams/stream_testing.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -8,10 +12,7 @@
 #include <memory>
 #include <optional>
 
-#include "klv/platform/system/network.h"
-#include "klv/streams/directory.h"
-#include "klv/streams/store_iterator.h"
-#include "tests/streams/stream_testing.h"
+#include <gtest/gtest.h>
 
 namespace klv {
 

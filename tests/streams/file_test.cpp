@@ -1,12 +1,13 @@
-#include <gtest/gtest.h>
+#include "klv/core/memory.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tests/streams/stream_testing.h"
 
 #include <filesystem>
 #include <memory>
 
-#include "klv/core/memory.h"
-#include "klv/streams/file.h"
-#include "klv/streams/memory_stream.h"
-#include "tests/streams/stream_testing.h"
+#include <gtest/gtest.h>
 
 namespace klv {
 

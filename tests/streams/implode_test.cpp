@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
+#include "klv/streams/compression/explode.h"
+#include "klv/streams/compression/implode.h"
+
+#include "tests/streams/stream_testing.h"
 
 #include <algorithm>
 #include <string>
 
-#include "klv/streams/compression/explode.h"
-#include "klv/streams/compression/implode.h"
-#include "tests/streams/stream_testing.h"
+#include <gtest/gtest.h>
 
 namespace klv {
 

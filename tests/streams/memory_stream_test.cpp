@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
+#include "klv/core/memory.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tests/streams/stream_testing.h"
 
 #include <cstring>
 #include <memory>
 
-#include "klv/core/memory.h"
-#include "klv/streams/memory_stream.h"
-#include "tests/streams/stream_testing.h"
+#include <gtest/gtest.h>
 
 namespace klv {
 

@@ -1,7 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "klv/streams/ole_stream.h"
+
 #include "tests/streams/stream_testing.h"
+
+#include <gtest/gtest.h>
 
 namespace klv {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "klv/streams/stream.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -8,8 +10,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "klv/streams/stream.h"
 
 namespace klv {
 

@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "klv/core/real.h"
 #include "klv/core/string.h"
 #include "klv/streams/memory_stream.h"
+
 #include "tests/streams/stream_testing.h"
+
+#include <functional>
+
+#include <gtest/gtest.h>
 
 namespace klv {
 

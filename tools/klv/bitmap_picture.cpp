@@ -1,13 +1,14 @@
 #include "tools/klv/bitmap_picture.h"
 
+#include "klv/bitmaps/dib_context.h"
+#include "klv/metafiles/record_cursor.h"
+
+#include "tools/klv/failure.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 #include <variant>
-
-#include "klv/bitmaps/dib_context.h"
-#include "klv/metafiles/record_cursor.h"
-#include "tools/klv/failure.h"
 
 namespace klv::tool {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <memory>
-
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/metafiles/metafile.h"
+
+#include <memory>
 
 namespace klv::tool {
 

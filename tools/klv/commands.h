@@ -1,12 +1,13 @@
 #pragma once
 
+#include "klv/geometry/shape.h"
+
+#include "tools/klv/render.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "klv/geometry/shape.h"
-#include "tools/klv/render.h"
 
 namespace klv::tool {
 

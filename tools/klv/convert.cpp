@@ -1,6 +1,3 @@
-#include <filesystem>
-#include <system_error>
-
 #include "tools/klv/bitmap_picture.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
@@ -8,6 +5,9 @@
 #include "tools/klv/progress_bar.h"
 #include "tools/klv/sink.h"
 #include "tools/klv/source.h"
+
+#include <filesystem>
+#include <system_error>
 
 namespace klv::tool {
 namespace {

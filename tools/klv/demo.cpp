@@ -1,14 +1,15 @@
+#include "klv/geometry/arc.h"
+#include "klv/geometry/primitive_shapes.h"
+
+#include "tools/klv/commands.h"
+#include "tools/klv/failure.h"
+#include "tools/klv/sink.h"
+
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <numbers>
 #include <utility>
-
-#include "klv/geometry/arc.h"
-#include "klv/geometry/primitive_shapes.h"
-#include "tools/klv/commands.h"
-#include "tools/klv/failure.h"
-#include "tools/klv/sink.h"
 
 // The demonstration picture: one page, recorded through the drawing interface as an application would.
 

@@ -1,10 +1,11 @@
-#include <cstdio>
-
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"
+
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/source.h"
+
+#include <cstdio>
 
 namespace klv::tool {
 namespace {

@@ -1,9 +1,9 @@
 #include "tools/klv/failure.h"
 
-#include <cstdio>
-
 #include "klv/filters/bitmap_filter.h"
 #include "klv/filters/raster/imaging_library.h"
+
+#include <cstdio>
 
 namespace klv::tool {
 

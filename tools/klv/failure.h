@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/filters/filter.h"
+
 #include <new>
 #include <stdexcept>
 #include <string>
-
-#include "klv/filters/filter.h"
 
 namespace klv::tool {
 

@@ -1,11 +1,11 @@
 #include "tools/klv/format_list.h"
 
+#include "klv/streams/stream.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <vector>
-
-#include "klv/streams/stream.h"
 
 namespace klv::tool {
 namespace {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "klv/filters/bitmap_filter.h"
 #include "klv/filters/filter_list.h"
 #include "klv/filters/raster/photoshop_filter.h"
+
+#include <cstdint>
+#include <string>
 
 namespace klv::tool {
 

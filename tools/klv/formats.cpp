@@ -1,8 +1,8 @@
-#include <cstdio>
-#include <string>
-
 #include "tools/klv/commands.h"
 #include "tools/klv/format_list.h"
+
+#include <cstdio>
+#include <string>
 
 namespace klv::tool {
 namespace {

@@ -1,14 +1,15 @@
-#include <cstdint>
-#include <cstdio>
-#include <map>
-#include <string>
-
 #include "klv/metafiles/record_cursor.h"
 #include "klv/metafiles/record_text.h"
+
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/json.h"
 #include "tools/klv/source.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
 
 namespace klv::tool {
 namespace {

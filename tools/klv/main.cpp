@@ -1,12 +1,12 @@
-#include <CLI/CLI.hpp>
+#include "tools/klv/commands.h"
+#include "tools/klv/interrupt.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <string>
 
-#include "tools/klv/commands.h"
-#include "tools/klv/interrupt.h"
+#include <CLI/CLI.hpp>
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include "tools/klv/progress_bar.h"
 
+#include "tools/klv/interrupt.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <utility>
 
 #include <unistd.h>
-
-#include "tools/klv/interrupt.h"
 
 namespace klv::tool {
 

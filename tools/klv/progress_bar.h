@@ -1,9 +1,9 @@
 #pragma once
 
+#include "klv/core/progress.h"
+
 #include <cstdint>
 #include <string>
-
-#include "klv/core/progress.h"
 
 namespace klv::tool {
 

@@ -1,15 +1,16 @@
 #include "tools/klv/render.h"
 
+#include "klv/bitmaps/pixels/resample.h"
+#include "klv/devices/display_bitmap.h"
+#include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/paint_meter.h"
+
+#include "tools/klv/failure.h"
+#include "tools/klv/interrupt.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-
-#include "klv/devices/display_bitmap.h"
-#include "klv/bitmaps/pixels/resample.h"
-#include "klv/gdi/gdi.h"
-#include "klv/gdi/raster/paint_meter.h"
-#include "tools/klv/failure.h"
-#include "tools/klv/interrupt.h"
 
 namespace klv::tool {
 namespace {

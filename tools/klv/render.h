@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/colour/colour.h"
 #include "klv/core/point.h"
-#include "klv/bitmaps/memory_dib.h"
 #include "klv/metafiles/metafile.h"
+
+#include <cstdint>
+#include <memory>
 
 namespace klv::tool {
 

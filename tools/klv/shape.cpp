@@ -1,11 +1,12 @@
-#include <iterator>
-#include <utility>
-
 #include "klv/base/wrapping.h"
+
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
 #include "tools/klv/shape_picture.h"
 #include "tools/klv/sink.h"
+
+#include <iterator>
+#include <utility>
 
 // What the algebra of shapes does to the closed shapes of pictures.
 

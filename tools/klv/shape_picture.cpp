@@ -1,12 +1,13 @@
 #include "tools/klv/shape_picture.h"
 
+#include "klv/geometry/primitive_shapes.h"
+#include "klv/metafiles/detail/record_stream.h"
+#include "klv/metafiles/record_cursor.h"
+
+#include "tools/klv/failure.h"
+
 #include <array>
 #include <new>
-
-#include "klv/geometry/primitive_shapes.h"
-#include "klv/metafiles/record_cursor.h"
-#include "klv/metafiles/detail/record_stream.h"
-#include "tools/klv/failure.h"
 
 namespace klv::tool {
 namespace {

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "klv/geometry/shape.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/metafiles/metafile_records.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tools/klv/source.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "klv/geometry/shape.h"
-#include "klv/metafiles/metafile.h"
-#include "klv/metafiles/metafile_records.h"
-#include "klv/streams/memory_stream.h"
-#include "tools/klv/source.h"
 
 namespace klv::tool {
 

@@ -1,22 +1,23 @@
 #include "tools/klv/sink.h"
 
+#include "klv/bitmaps/dib_widen.h"
+#include "klv/filters/bitmap_filter.h"
+#include "klv/filters/raster/imaging_library.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tools/klv/bitmap_picture.h"
+#include "tools/klv/failure.h"
+#include "tools/klv/format_list.h"
+#include "tools/klv/interrupt.h"
+#include "tools/klv/progress_bar.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-
-#include "klv/filters/bitmap_filter.h"
-#include "klv/filters/raster/imaging_library.h"
-#include "klv/bitmaps/dib_widen.h"
-#include "klv/streams/file.h"
-#include "klv/streams/memory_stream.h"
-#include "tools/klv/bitmap_picture.h"
-#include "tools/klv/failure.h"
-#include "tools/klv/format_list.h"
-#include "tools/klv/interrupt.h"
-#include "tools/klv/progress_bar.h"
 
 namespace klv::tool {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/metafiles/metafile.h"
+
+#include <optional>
+#include <string>
 
 namespace klv::tool {
 

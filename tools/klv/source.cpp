@@ -1,5 +1,16 @@
 #include "tools/klv/source.h"
 
+#include "klv/filters/bitmap_filter.h"
+#include "klv/filters/raster/eps_filter.h"
+#include "klv/filters/vector_filter.h"
+#include "klv/metafiles/record_cursor.h"
+#include "klv/streams/file.h"
+#include "klv/streams/memory_stream.h"
+
+#include "tools/klv/failure.h"
+#include "tools/klv/format_list.h"
+#include "tools/klv/progress_bar.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -7,16 +18,6 @@
 #include <string_view>
 
 #include <sys/stat.h>
-
-#include "klv/filters/bitmap_filter.h"
-#include "klv/filters/raster/eps_filter.h"
-#include "klv/filters/vector_filter.h"
-#include "klv/metafiles/record_cursor.h"
-#include "klv/streams/file.h"
-#include "klv/streams/memory_stream.h"
-#include "tools/klv/failure.h"
-#include "tools/klv/format_list.h"
-#include "tools/klv/progress_bar.h"
 
 namespace klv::tool {
 namespace {

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/filters/filter.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/streams/stream.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "klv/filters/filter.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/metafiles/metafile.h"
-#include "klv/streams/stream.h"
 
 namespace klv::tool {
 

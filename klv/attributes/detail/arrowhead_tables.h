@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/core/point.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
-
-#include "klv/core/point.h"
 
 namespace klv {
 

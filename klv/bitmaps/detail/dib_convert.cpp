@@ -1,8 +1,8 @@
 #include "klv/bitmaps/detail/dib_convert.h"
 
-#include "klv/core/integer_math.h"
 #include "klv/bitmaps/dib_reduce.h"
 #include "klv/bitmaps/pixels/resample.h"
+#include "klv/core/integer_math.h"
 
 #include <algorithm>
 #include <array>

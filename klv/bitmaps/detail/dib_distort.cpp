@@ -1,9 +1,9 @@
 #include "klv/bitmaps/detail/dib_distort.h"
 
-#include "klv/bitmaps/tile_info.h"
 #include "klv/bitmaps/pixels/colour_matcher.h"
-#include "klv/geometry/distort.h"
 #include "klv/bitmaps/pixels/triangle_renderer.h"
+#include "klv/bitmaps/tile_info.h"
+#include "klv/geometry/distort.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "klv/core/rect.h"
 #include "klv/bitmaps/colour_model.h"
 #include "klv/bitmaps/detail/dib_convert.h"
+#include "klv/core/rect.h"
 
 namespace klv {
 

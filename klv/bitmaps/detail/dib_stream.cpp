@@ -1,8 +1,8 @@
 #include "klv/bitmaps/detail/dib_stream.h"
 
 #include "klv/base/byte_reader.h"
-#include "klv/formats/dib_decode.h"
 #include "klv/base/wrapping.h"
+#include "klv/formats/dib_decode.h"
 #include "klv/streams/compression/compression_frame.h"
 #include "klv/streams/stream.h"
 

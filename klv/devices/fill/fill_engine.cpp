@@ -1,9 +1,9 @@
 #include "klv/devices/fill/fill_engine.h"
 
+#include "klv/bitmaps/dib.h"
+#include "klv/devices/bitmap/packed_dib.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/gem_patterns.h"
-#include "klv/devices/bitmap/packed_dib.h"
-#include "klv/bitmaps/dib.h"
 #include "klv/gdi/gdi.h"
 
 #include <span>

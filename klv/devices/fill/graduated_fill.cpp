@@ -1,8 +1,8 @@
 #include "klv/devices/fill/graduated_fill.h"
 
+#include "klv/base/numbers.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
-#include "klv/base/numbers.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
+#include "klv/base/numbers.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/fill/band_cutter.h"
-#include "klv/base/numbers.h"
 #include "klv/devices/fill/outline_edges.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include "klv/devices/fill/band_cutter.h"
 #include "klv/base/numbers.h"
+#include "klv/devices/fill/band_cutter.h"
 #include "klv/devices/fill/outline_edges.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
+#include "klv/base/numbers.h"
 #include "klv/devices/device.h"
 #include "klv/devices/line/line_engine.h"
-#include "klv/base/numbers.h"
 #include "klv/devices/outline/segment_clip.h"
 
 #include <algorithm>

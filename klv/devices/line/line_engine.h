@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/types.h"
 #include "klv/devices/line/line_geometry.h"
 #include "klv/devices/outline/point_list.h"
-#include "klv/base/types.h"
 
 #include <array>
 #include <cstdint>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "klv/base/numbers.h"
+#include "klv/base/types.h"
 #include "klv/devices/unit_mapping.h"
 #include "klv/geometry/point_record.h"
 #include "klv/geometry/shape.h"
-#include "klv/base/types.h"
 
 #include <algorithm>
 #include <array>

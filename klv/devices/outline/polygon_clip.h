@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/devices/outline/point_list.h"
 #include "klv/base/types.h"
+#include "klv/devices/outline/point_list.h"
 
 #include <span>
 

@@ -1,9 +1,9 @@
+#include "klv/base/numbers.h"
 #include "klv/core/string.h"
 #include "klv/devices/device.h"
 #include "klv/devices/font_detail.h"
-#include "klv/base/numbers.h"
-#include "klv/geometry/primitive_shapes.h"
 #include "klv/gdi/gdi.h"
+#include "klv/geometry/primitive_shapes.h"
 
 #include <algorithm>
 #include <array>

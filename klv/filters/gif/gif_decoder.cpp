@@ -1,11 +1,11 @@
 #include "klv/filters/gif/gif_decoder.h"
 
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_rows.h"
 #include "klv/core/buffer.h"
 #include "klv/core/progress.h"
 #include "klv/filters/gif/gif_format.h"
 #include "klv/filters/gif/gif_lzw_decoder.h"
-#include "klv/bitmaps/dib.h"
-#include "klv/bitmaps/dib_rows.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>

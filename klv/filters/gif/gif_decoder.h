@@ -1,12 +1,12 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/bitmaps/colour_model.h"
+#include "klv/filters/filter.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
-
-#include "klv/filters/filter.h"
-#include "klv/bitmaps/colour_model.h"
-#include "klv/base/types.h"
 
 /// Reading GIF files: the first image that has a colour table.
 namespace klv {

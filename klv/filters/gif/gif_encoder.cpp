@@ -1,13 +1,13 @@
 #include "klv/filters/gif/gif_encoder.h"
 
+#include "klv/bitmaps/dib.h"
+#include "klv/bitmaps/dib_reduce.h"
+#include "klv/bitmaps/dib_rows.h"
 #include "klv/core/buffer.h"
 #include "klv/core/memory.h"
 #include "klv/core/progress.h"
 #include "klv/filters/gif/gif_format.h"
 #include "klv/filters/gif/gif_lzw_encoder.h"
-#include "klv/bitmaps/dib.h"
-#include "klv/bitmaps/dib_reduce.h"
-#include "klv/bitmaps/dib_rows.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>

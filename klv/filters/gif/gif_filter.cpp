@@ -1,13 +1,13 @@
 #include "klv/filters/gif/gif_filter.h"
 
+#include "klv/base/byte_writer.h"
+#include "klv/bitmaps/memory_dib.h"
 #include "klv/core/memory.h"
 #include "klv/core/resource_id.h"
 #include "klv/filters/gif/gif_decoder.h"
 #include "klv/filters/gif/gif_encoder.h"
 #include "klv/filters/gif/gif_outside_reader.h"
 #include "klv/filters/raster/imaging_library.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/base/byte_writer.h"
 #include "klv/streams/stream.h"
 
 #include <array>

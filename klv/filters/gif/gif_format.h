@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/base/byte_reader.h"
 #include "klv/base/byte_writer.h"
+
+#include <cstdint>
 
 /// The records of a GIF file that its reader and its writer share: "Graphics Interchange Format, Version
 /// 89a", CompuServe 1990. All numbers are little-endian.

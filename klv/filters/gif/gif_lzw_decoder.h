@@ -1,13 +1,13 @@
 #pragma once
 
+#include "klv/core/buffer.h"
+#include "klv/filters/filter.h"
+#include "klv/filters/gif/gif_lzw.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "klv/core/buffer.h"
-#include "klv/filters/filter.h"
-#include "klv/filters/gif/gif_lzw.h"
 
 namespace klv {
 

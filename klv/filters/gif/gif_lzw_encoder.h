@@ -1,12 +1,12 @@
 #pragma once
 
+#include "klv/core/buffer.h"
+#include "klv/filters/gif/gif_lzw.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "klv/core/buffer.h"
-#include "klv/filters/gif/gif_lzw.h"
 
 namespace klv {
 

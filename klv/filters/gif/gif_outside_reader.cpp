@@ -1,7 +1,7 @@
 #include "klv/filters/gif/gif_outside_reader.h"
 
-#include "klv/bitmaps/dib.h"
 #include "klv/base/byte_reader.h"
+#include "klv/bitmaps/dib.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/streams/stream.h"

@@ -1,15 +1,15 @@
 #include "klv/filters/raster/eps_filter.h"
 
+#include "klv/base/byte_reader.h"
+#include "klv/core/buffer.h"
+#include "klv/core/resource_id.h"
+#include "klv/filters/tiff/tiff_filter.h"
+#include "klv/streams/memory_stream.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>
-
-#include "klv/core/buffer.h"
-#include "klv/core/resource_id.h"
-#include "klv/filters/tiff/tiff_filter.h"
-#include "klv/base/byte_reader.h"
-#include "klv/streams/memory_stream.h"
 
 namespace klv {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/imaging/imaging_api.h"
 #include "klv/base/types.h"
+#include "klv/imaging/imaging_api.h"
 
 namespace klv {
 

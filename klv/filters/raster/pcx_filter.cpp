@@ -1,8 +1,8 @@
 #include "klv/filters/raster/pcx_filter.h"
 
+#include "klv/base/byte_reader.h"
 #include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
-#include "klv/base/byte_reader.h"
 #include "klv/streams/stream.h"
 
 #include <array>

@@ -1,13 +1,13 @@
 #include "klv/filters/tiff/tiff_decoder.h"
 
-#include <algorithm>
-#include <new>
-#include <optional>
-
 #include "klv/core/object.h"
 #include "klv/filters/tiff/tiff_huffman.h"
 #include "klv/filters/tiff/tiff_lzw.h"
 #include "klv/filters/tiff/tiff_packbits.h"
+
+#include <algorithm>
+#include <new>
+#include <optional>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <memory>
-
 #include "klv/filters/tiff/tiff_image.h"
 #include "klv/filters/tiff/tiff_samples.h"
 #include "klv/filters/tiff/tiff_source.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/filters/tiff/tiff_directory.h"
 
+#include "klv/base/byte_reader.h"
+
 #include <algorithm>
 #include <optional>
-
-#include "klv/base/byte_reader.h"
 
 namespace klv {
 

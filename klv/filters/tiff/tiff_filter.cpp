@@ -1,18 +1,18 @@
 #include "klv/filters/tiff/tiff_filter.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <new>
-
+#include "klv/base/byte_reader.h"
+#include "klv/bitmaps/dib.h"
 #include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/filters/tiff/tiff_decoder.h"
 #include "klv/filters/tiff/tiff_directory.h"
 #include "klv/filters/tiff/tiff_palette.h"
-#include "klv/bitmaps/dib.h"
-#include "klv/base/byte_reader.h"
 #include "klv/streams/stream.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <new>
 
 namespace klv {
 

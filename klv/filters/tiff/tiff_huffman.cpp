@@ -1,8 +1,8 @@
 #include "klv/filters/tiff/tiff_huffman.h"
 
-#include <algorithm>
-
 #include "klv/filters/tiff/tiff_huffman_tables.h"
+
+#include <algorithm>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "klv/filters/filter.h"
 #include "klv/filters/tiff/tiff_source.h"
+
+#include <cstdint>
+#include <span>
 
 namespace klv {
 

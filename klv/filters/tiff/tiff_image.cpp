@@ -1,9 +1,9 @@
 #include "klv/filters/tiff/tiff_image.h"
 
+#include "klv/filters/tiff/tiff_lzw.h"
+
 #include <algorithm>
 #include <limits>
-
-#include "klv/filters/tiff/tiff_lzw.h"
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/core/memory.h"
+#include "klv/filters/filter.h"
+
 #include <array>
 #include <cstdint>
 #include <vector>
-
-#include "klv/core/memory.h"
-#include "klv/filters/filter.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/filters/filter.h"
+#include "klv/filters/tiff/tiff_source.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
-
-#include "klv/filters/filter.h"
-#include "klv/filters/tiff/tiff_source.h"
 
 namespace klv {
 

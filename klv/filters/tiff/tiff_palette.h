@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/filters/tiff/tiff_image.h"
+
 #include <array>
 #include <cstdint>
-
-#include "klv/filters/tiff/tiff_image.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/filters/tiff/tiff_samples.h"
 
+#include "klv/core/integer_math.h"
+
 #include <algorithm>
 #include <cstring>
-
-#include "klv/core/integer_math.h"
 
 namespace klv {
 

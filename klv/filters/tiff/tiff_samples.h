@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/filters/tiff/tiff_image.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
-
-#include "klv/filters/tiff/tiff_image.h"
 
 namespace klv {
 

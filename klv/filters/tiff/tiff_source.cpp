@@ -1,8 +1,8 @@
 #include "klv/filters/tiff/tiff_source.h"
 
-#include <algorithm>
-
 #include "klv/streams/stream.h"
+
+#include <algorithm>
 
 namespace klv {
 

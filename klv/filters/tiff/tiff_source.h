@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/core/memory.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "klv/core/memory.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/attributes/fill_spec.h"
 #include "klv/base/types.h"
+
+#include <cstdint>
 
 // The attributes that a Windows Metafile's numbers stand for.
 

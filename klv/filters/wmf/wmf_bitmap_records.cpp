@@ -1,11 +1,10 @@
+#include "klv/bitmaps/dib_context.h"
 #include "klv/filters/wmf/wmf_reader.h"
+#include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
-
-#include "klv/bitmaps/dib_context.h"
-#include "klv/metafiles/metafile.h"
 
 // Bitmap records of a Windows Metafile.
 

@@ -1,5 +1,12 @@
 #include "klv/filters/wmf/wmf_bitmaps.h"
 
+#include "klv/bitmaps/dib_context.h"
+#include "klv/core/memory.h"
+#include "klv/filters/wmf/wmf_attributes.h"
+#include "klv/filters/wmf/wmf_mapping.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/streams/memory_stream.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -7,13 +14,6 @@
 #include <new>
 #include <string_view>
 #include <vector>
-
-#include "klv/core/memory.h"
-#include "klv/filters/wmf/wmf_attributes.h"
-#include "klv/filters/wmf/wmf_mapping.h"
-#include "klv/bitmaps/dib_context.h"
-#include "klv/metafiles/metafile.h"
-#include "klv/streams/memory_stream.h"
 
 namespace klv {
 namespace {

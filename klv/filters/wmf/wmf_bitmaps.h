@@ -1,16 +1,16 @@
 #pragma once
 
+#include "klv/base/byte_reader.h"
+#include "klv/base/types.h"
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/bitmaps/stream_dib.h"
+#include "klv/core/rect.h"
+#include "klv/filters/wmf/wmf_objects.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
-
-#include "klv/core/rect.h"
-#include "klv/filters/wmf/wmf_objects.h"
-#include "klv/bitmaps/memory_dib.h"
-#include "klv/bitmaps/stream_dib.h"
-#include "klv/base/byte_reader.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

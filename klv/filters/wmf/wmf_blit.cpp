@@ -1,12 +1,12 @@
 #include "klv/filters/wmf/wmf_blit.h"
 
+#include "klv/bitmaps/dib_context.h"
+#include "klv/colour/colour.h"
+#include "klv/metafiles/metafile.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include "klv/colour/colour.h"
-#include "klv/bitmaps/dib_context.h"
-#include "klv/metafiles/metafile.h"
 
 namespace klv {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/bitmaps/memory_dib.h"
+#include "klv/core/rect.h"
+
 #include <cstdint>
 #include <memory>
-
-#include "klv/core/rect.h"
-#include "klv/bitmaps/memory_dib.h"
 
 namespace klv {
 

@@ -1,14 +1,14 @@
 #include "klv/filters/wmf/wmf_clip.h"
 
+#include "klv/core/memory.h"
+#include "klv/gdi/gdi.h"
+#include "klv/geometry/shape.h"
+#include "klv/metafiles/metafile.h"
+
 #include <algorithm>
 #include <span>
 #include <utility>
 #include <vector>
-
-#include "klv/core/memory.h"
-#include "klv/geometry/shape.h"
-#include "klv/metafiles/metafile.h"
-#include "klv/gdi/gdi.h"
 
 namespace klv {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstddef>
-
-#include "klv/core/rect.h"
 #include "klv/base/types.h"
+#include "klv/core/rect.h"
+
+#include <cstddef>
 
 namespace klv {
 

@@ -1,13 +1,12 @@
+#include "klv/filters/wmf/wmf_attributes.h"
 #include "klv/filters/wmf/wmf_reader.h"
+#include "klv/geometry/arc.h"
+#include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
 #include <variant>
-
-#include "klv/geometry/arc.h"
-#include "klv/filters/wmf/wmf_attributes.h"
-#include "klv/metafiles/metafile.h"
 
 // Objects and figures of a Windows Metafile.
 

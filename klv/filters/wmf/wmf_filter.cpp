@@ -1,12 +1,12 @@
 #include "klv/filters/wmf/wmf_filter.h"
 
-#include <array>
-#include <new>
-
 #include "klv/core/resource_id.h"
 #include "klv/filters/wmf/wmf_reader.h"
 #include "klv/formats/wmf_records.h"
 #include "klv/streams/stream.h"
+
+#include <array>
+#include <new>
 
 namespace klv {
 namespace {

@@ -1,14 +1,14 @@
 #include "klv/filters/wmf/wmf_graduation.h"
 
+#include "klv/base/byte_reader.h"
+#include "klv/filters/wmf/wmf_attributes.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <numbers>
 #include <string_view>
-
-#include "klv/filters/wmf/wmf_attributes.h"
-#include "klv/base/byte_reader.h"
 
 namespace klv {
 namespace {

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "klv/attributes/fill_spec.h"
+#include "klv/base/types.h"
+#include "klv/core/point.h"
+
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
-
-#include "klv/attributes/fill_spec.h"
-#include "klv/core/point.h"
-#include "klv/base/types.h"
-
-#include <array>
 
 namespace klv {
 

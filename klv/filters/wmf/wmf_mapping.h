@@ -1,10 +1,10 @@
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
-
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
+
+#include <algorithm>
+#include <cstdint>
 
 namespace klv {
 

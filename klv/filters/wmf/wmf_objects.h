@@ -1,16 +1,16 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/bitmaps/stream_dib.h"
+#include "klv/core/memory.h"
+#include "klv/core/string.h"
+#include "klv/formats/wmf_records.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <variant>
 #include <vector>
-
-#include "klv/core/memory.h"
-#include "klv/core/string.h"
-#include "klv/bitmaps/stream_dib.h"
-#include "klv/base/types.h"
-#include "klv/formats/wmf_records.h"
 
 namespace klv {
 

@@ -1,17 +1,17 @@
 #include "klv/filters/wmf/wmf_reader.h"
 
+#include "klv/core/integer_math.h"
+#include "klv/core/progress.h"
+#include "klv/filters/wmf/wmf_attributes.h"
+#include "klv/metafiles/metafile.h"
+#include "klv/streams/stream.h"
+#include "klv/streams/stream_bytes.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
 #include <variant>
-
-#include "klv/core/integer_math.h"
-#include "klv/core/progress.h"
-#include "klv/streams/stream_bytes.h"
-#include "klv/filters/wmf/wmf_attributes.h"
-#include "klv/metafiles/metafile.h"
-#include "klv/streams/stream.h"
 
 // Headers, the loop over the records, drawing state and the page.
 

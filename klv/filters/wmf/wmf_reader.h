@@ -1,11 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
-#include <string_view>
-#include <vector>
-
 #include "klv/attributes/line_spec.h"
 #include "klv/core/memory.h"
 #include "klv/filters/filter.h"
@@ -16,8 +10,14 @@
 #include "klv/filters/wmf/wmf_mapping.h"
 #include "klv/filters/wmf/wmf_objects.h"
 #include "klv/filters/wmf/wmf_text.h"
-#include "klv/geometry/shape.h"
 #include "klv/formats/wmf_records.h"
+#include "klv/geometry/shape.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
 
 namespace klv {
 

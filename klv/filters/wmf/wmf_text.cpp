@@ -1,12 +1,12 @@
 #include "klv/filters/wmf/wmf_text.h"
 
+#include "klv/gdi/gdi.h"
+#include "klv/gdi/text/font_charset.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
-
-#include "klv/gdi/text/font_charset.h"
-#include "klv/gdi/gdi.h"
 
 namespace klv {
 namespace {

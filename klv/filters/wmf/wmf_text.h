@@ -1,14 +1,14 @@
 #pragma once
 
+#include "klv/attributes/font_spec.h"
+#include "klv/base/types.h"
+#include "klv/core/point.h"
+#include "klv/filters/wmf/wmf_objects.h"
+
 #include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
-
-#include "klv/attributes/font_spec.h"
-#include "klv/core/point.h"
-#include "klv/filters/wmf/wmf_objects.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

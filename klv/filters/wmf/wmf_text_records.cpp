@@ -1,11 +1,10 @@
+#include "klv/filters/wmf/wmf_attributes.h"
 #include "klv/filters/wmf/wmf_reader.h"
+#include "klv/gdi/gdi.h"
+#include "klv/metafiles/metafile.h"
 
 #include <algorithm>
 #include <cmath>
-
-#include "klv/filters/wmf/wmf_attributes.h"
-#include "klv/metafiles/metafile.h"
-#include "klv/gdi/gdi.h"
 
 // Text records of a Windows Metafile.
 

@@ -1,7 +1,7 @@
 #include "klv/gdi/raster/blitter.h"
 
-#include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/raster/paint_meter.h"
 #include "klv/gdi/raster/pixel_converter.h"
 #include "klv/gdi/raster/pixel_rows.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/gdi/state/dc.h"
 #include "klv/gdi/raster/painter.h"
+#include "klv/gdi/state/dc.h"
 
 #include <optional>
 

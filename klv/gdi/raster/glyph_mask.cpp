@@ -1,7 +1,7 @@
 #include "klv/gdi/raster/glyph_mask.h"
 
-#include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/raster/pixel_rows.h"
 
 #include <algorithm>

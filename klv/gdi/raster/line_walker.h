@@ -1,8 +1,7 @@
 #pragma once
 
-#include "klv/gdi/raster/region.h"
-
 #include "klv/base/types.h"
+#include "klv/gdi/raster/region.h"
 
 #include <cstdint>
 

@@ -2,9 +2,9 @@
 
 #include "klv/base/types.h"
 
-#include <pixman.h>
-
 #include <span>
+
+#include <pixman.h>
 
 namespace klv::gdi {
 

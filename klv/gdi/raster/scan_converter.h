@@ -1,8 +1,7 @@
 #pragma once
 
-#include "klv/gdi/raster/spans.h"
-
 #include "klv/base/types.h"
+#include "klv/gdi/raster/spans.h"
 
 #include <cstdint>
 #include <span>

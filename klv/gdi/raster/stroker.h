@@ -2,8 +2,8 @@
 
 #include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/raster/curves.h"
-#include "klv/gdi/state/dc.h"
 #include "klv/gdi/raster/line_walker.h"
+#include "klv/gdi/state/dc.h"
 
 #include <array>
 #include <cstdint>

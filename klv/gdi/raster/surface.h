@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/gdi/state/objects.h"
 #include "klv/gdi/raster/region.h"
+#include "klv/gdi/state/objects.h"
 
 #include <array>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "klv/gdi/state/brush.h"
 
-#include "klv/gdi/raster/dib_source.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/dib_source.h"
 #include "klv/gdi/raster/pixel_rows.h"
 #include "klv/platform/system/global_memory.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/gdi/raster/region.h"
+#include "klv/gdi/raster/surface.h"
 #include "klv/gdi/state/brush.h"
 #include "klv/gdi/state/objects.h"
 #include "klv/gdi/state/palette.h"
 #include "klv/gdi/state/pen.h"
-#include "klv/gdi/raster/region.h"
-#include "klv/gdi/raster/surface.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "klv/gdi/state/objects.h"
 #include "klv/gdi/raster/region.h"
 #include "klv/gdi/raster/spans.h"
+#include "klv/gdi/state/objects.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "klv/gdi/state/stock.h"
 
-#include "klv/gdi/state/dc.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/state/dc.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/gdi/state/objects.h"
 #include "klv/gdi/raster/surface.h"
+#include "klv/gdi/state/objects.h"
 
 namespace klv::gdi {
 

@@ -1,7 +1,7 @@
 #include "klv/gdi/text/font.h"
 
-#include "klv/gdi/text/font_names.h"
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/text/font_names.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/gdi/state/objects.h"
 #include "klv/gdi/text/font_charset.h"
 #include "klv/gdi/text/font_face.h"
-#include "klv/gdi/state/objects.h"
 #include "klv/gdi/text/symbol_tables.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "klv/gdi/text/font_charset.h"
 
-#include "klv/gdi/text/symbol_tables.h"
 #include "klv/gdi/text.h"
+#include "klv/gdi/text/symbol_tables.h"
 
 #include <algorithm>
 #include <map>

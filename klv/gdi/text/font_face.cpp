@@ -1,7 +1,7 @@
 #include "klv/gdi/text/font_face.h"
 
-#include "klv/gdi/text/font_names.h"
 #include "klv/gdi/text.h"
+#include "klv/gdi/text/font_names.h"
 
 #include <algorithm>
 #include <map>

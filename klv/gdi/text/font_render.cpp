@@ -1,6 +1,5 @@
-#include "klv/gdi/text/font.h"
-
 #include "klv/gdi/text.h"
+#include "klv/gdi/text/font.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,13 +1,13 @@
 #include "klv/geometry/curves/curve_fit.h"
 
+#include "klv/base/wrapping.h"
+#include "klv/core/rect.h"
+#include "klv/geometry/point_record.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
-
-#include "klv/core/rect.h"
-#include "klv/geometry/point_record.h"
-#include "klv/base/wrapping.h"
 
 // After P. J. Schneider, "An Algorithm for Automatically Fitting Digitized Curves", Graphics Gems (1990): a
 // cubic is fitted by least squares with the tangents at both ends given, each point at a parameter that

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <span>
-#include <vector>
-
 #include "klv/core/bezpoint.h"
 #include "klv/core/memory.h"
+
+#include <span>
+#include <vector>
 
 namespace klv {
 

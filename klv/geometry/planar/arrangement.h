@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
 #include "klv/geometry/planar/crossings.h"
 #include "klv/geometry/planar/edge_outline.h"
 #include "klv/geometry/planar/outline_tree.h"
+
+#include <cstdint>
+#include <span>
 
 namespace klv {
 

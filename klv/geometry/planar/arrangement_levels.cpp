@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include "klv/geometry/planar/arrangement.h"
+
+#include <algorithm>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
+#include "klv/geometry/planar/arrangement.h"
+#include "klv/platform/host.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <numeric>
-
-#include "klv/geometry/planar/arrangement.h"
-#include "klv/platform/host.h"
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #include "klv/geometry/planar/contour.h"
 
+#include "klv/base/wrapping.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
-
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

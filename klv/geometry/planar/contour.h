@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
+#include "klv/base/types.h"
 #include "klv/core/point.h"
 #include "klv/geometry/shape.h"
-#include "klv/base/types.h"
+
+#include <cstdint>
+#include <span>
 
 namespace klv {
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <span>
-
+#include "klv/base/types.h"
 #include "klv/core/memory.h"
 #include "klv/geometry/planar/edge_outline.h"
 #include "klv/geometry/planar/outline_tree.h"
-#include "klv/base/types.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
 
 namespace klv {
 

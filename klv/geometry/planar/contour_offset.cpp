@@ -1,12 +1,12 @@
 #include "klv/geometry/planar/contour_offset.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/planar/contour_index.h"
 #include "klv/geometry/planar/crossings.h"
 #include "klv/geometry/planar/shape_boolean.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace klv {
 

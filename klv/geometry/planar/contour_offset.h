@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-
+#include "klv/base/types.h"
 #include "klv/geometry/planar/edge_outline.h"
 #include "klv/geometry/planar/offset_corners.h"
 #include "klv/geometry/planar/poly_polygon.h"
-#include "klv/base/types.h"
+
+#include <cstdint>
+#include <span>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #include "klv/geometry/planar/crossings.h"
 
+#include "klv/base/wrapping.h"
+
 #include <array>
 #include <numeric>
-
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/geometry/planar/edge_outline.h"
 #include "klv/geometry/planar/outline_tree.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #include "klv/geometry/planar/decompose.h"
 
-#include <algorithm>
-
 #include "klv/geometry/planar/arrangement.h"
+
+#include <algorithm>
 
 namespace klv {
 

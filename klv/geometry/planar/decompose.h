@@ -1,9 +1,9 @@
 #pragma once
 
-#include <span>
-
-#include "klv/geometry/planar/poly_polygon.h"
 #include "klv/base/types.h"
+#include "klv/geometry/planar/poly_polygon.h"
+
+#include <span>
 
 namespace klv {
 

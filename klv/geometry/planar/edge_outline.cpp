@@ -1,8 +1,8 @@
 #include "klv/geometry/planar/edge_outline.h"
 
-#include <algorithm>
-
 #include "klv/geometry/planar/poly_polygon.h"
+
+#include <algorithm>
 
 namespace klv {
 

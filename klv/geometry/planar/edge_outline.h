@@ -1,12 +1,12 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/core/memory.h"
+#include "klv/geometry/planar/exact.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "klv/core/memory.h"
-#include "klv/geometry/planar/exact.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

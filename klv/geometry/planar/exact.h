@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/base/types.h"
+
+#include <cstdint>
 
 /// Exact arithmetic on points of any 32-bit coordinates: signs that decide how outlines run are never left
 /// to rounding.

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <span>
-
+#include "klv/base/types.h"
 #include "klv/core/memory.h"
 #include "klv/geometry/shape.h"
-#include "klv/base/types.h"
+
+#include <span>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #include "klv/geometry/planar/offset_corners.h"
 
-#include <algorithm>
-#include <cmath>
-
+#include "klv/base/wrapping.h"
 #include "klv/core/integer_math.h"
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/planar/exact.h"
-#include "klv/base/wrapping.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace klv {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/geometry/planar/edge_outline.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <span>
-
-#include "klv/geometry/planar/edge_outline.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "klv/base/types.h"
+#include "klv/core/memory.h"
+
 #include <span>
 #include <vector>
-
-#include "klv/core/memory.h"
-#include "klv/base/types.h"
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #include "klv/geometry/planar/shape_boolean.h"
 
-#include <algorithm>
-#include <new>
-
 #include "klv/geometry/planar/arrangement.h"
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/planar/flat_outline.h"
 #include "klv/geometry/shape.h"
+
+#include <algorithm>
+#include <new>
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <span>
-
+#include "klv/base/types.h"
 #include "klv/geometry/planar/decompose.h"
 #include "klv/geometry/planar/poly_polygon.h"
-#include "klv/base/types.h"
+
+#include <span>
 
 namespace klv {
 

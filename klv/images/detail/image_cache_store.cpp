@@ -1,7 +1,7 @@
 #include "klv/images/detail/image_cache_store.h"
 
-#include "klv/devices/display_bitmap.h"
 #include "klv/bitmaps/image_context.h"
+#include "klv/devices/display_bitmap.h"
 #include "klv/platform/host.h"
 
 #include <algorithm>

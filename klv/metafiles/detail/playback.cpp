@@ -1,16 +1,16 @@
 #include "klv/metafiles/detail/playback.h"
 
-#include <algorithm>
-#include <array>
-#include <new>
-
+#include "klv/bitmaps/dib_context.h"
 #include "klv/core/progress.h"
 #include "klv/devices/device.h"
 #include "klv/geometry/primitive_shapes.h"
-#include "klv/bitmaps/dib_context.h"
+#include "klv/metafiles/detail/rectangles.h"
 #include "klv/metafiles/metafile.h"
 #include "klv/metafiles/record_cursor.h"
-#include "klv/metafiles/detail/rectangles.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
 
 namespace klv {
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/colour/image_colour.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
-#include "klv/geometry/shape.h"
 #include "klv/geometry/distort.h"
+#include "klv/geometry/shape.h"
 #include "klv/metafiles/metafile_records.h"
+
+#include <cstdint>
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
 #include "klv/streams/stream.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
 
 namespace klv {
 

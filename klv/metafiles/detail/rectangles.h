@@ -1,8 +1,8 @@
 #pragma once
 
-#include <algorithm>
-
 #include "klv/core/rect.h"
+
+#include <algorithm>
 
 namespace klv {
 

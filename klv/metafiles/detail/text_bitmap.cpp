@@ -1,13 +1,13 @@
 #include "klv/metafiles/detail/text_bitmap.h"
 
-#include <cstdint>
-#include <cstring>
-
 #include "klv/core/buffer.h"
 #include "klv/core/string.h"
 #include "klv/devices/device.h"
 #include "klv/devices/font_detail.h"
 #include "klv/gdi/gdi.h"
+
+#include <cstdint>
+#include <cstring>
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "klv/bitmaps/memory_dib.h"
+
+#include <memory>
 
 namespace klv {
 

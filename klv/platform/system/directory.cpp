@@ -1,5 +1,7 @@
 #include "klv/platform/system/directory.h"
 
+#include "klv/platform/system/path.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -9,8 +11,6 @@
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "klv/platform/system/path.h"
 
 namespace klv {
 

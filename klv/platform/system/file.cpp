@@ -1,5 +1,8 @@
 #include "klv/platform/system/file.h"
 
+#include "klv/platform/system/directory.h"
+#include "klv/platform/system/path.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -8,9 +11,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "klv/platform/system/directory.h"
-#include "klv/platform/system/path.h"
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstddef>
-
 #include "klv/base/types.h"
+
+#include <cstddef>
 
 /// Global memory blocks: memory apart from the library's allocator, handed between owners by handle.
 namespace klv {

@@ -1,5 +1,7 @@
 #include "klv/platform/system/memory_mapping.h"
 
+#include "klv/platform/system/path.h"
+
 #include <new>
 #include <utility>
 
@@ -7,8 +9,6 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "klv/platform/system/path.h"
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "klv/base/types.h"
+
+#include <cstdint>
 
 namespace klv {
 

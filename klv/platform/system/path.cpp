@@ -1,10 +1,10 @@
 #include "klv/platform/system/path.h"
 
+#include "klv/platform/system/network.h"
+
 #include <algorithm>
 
 #include <unistd.h>
-
-#include "klv/platform/system/network.h"
 
 namespace klv {
 

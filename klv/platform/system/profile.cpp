@@ -1,12 +1,12 @@
 #include "klv/platform/system/profile.h"
 
+#include "klv/platform/system/ini_file.h"
+#include "klv/platform/system/settings.h"
+
 #include <charconv>
 #include <new>
 #include <string>
 #include <string_view>
-
-#include "klv/platform/system/ini_file.h"
-#include "klv/platform/system/settings.h"
 
 namespace klv {
 

@@ -1,14 +1,14 @@
 #include "klv/platform/system/registry.h"
 
+#include "klv/platform/system/ini_file.h"
+#include "klv/platform/system/settings.h"
+
 #include <cstring>
 #include <memory>
 #include <new>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "klv/platform/system/ini_file.h"
-#include "klv/platform/system/settings.h"
 
 namespace klv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "klv/base/types.h"
+
+#include <string>
 
 /// What a user's machine remembers between runs: the per-user profile and the registry, two plain text files
 /// in the user's configuration directory.

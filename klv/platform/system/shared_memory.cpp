@@ -1,12 +1,12 @@
 #include "klv/platform/system/shared_memory.h"
 
+#include <utility>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <utility>
 
 namespace klv {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "klv/base/types.h"
+
 #include <span>
 #include <string_view>
-
-#include "klv/base/types.h"
 
 /// String resources of modules, texts in the ANSI code page (Windows-1252).
 namespace klv {

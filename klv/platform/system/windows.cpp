@@ -1,13 +1,13 @@
 #include "klv/platform/system/windows.h"
 
+#include "klv/base/wrapping.h"
+#include "klv/platform/system/ini_file.h"
+
 #include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "klv/platform/system/ini_file.h"
-#include "klv/base/wrapping.h"
 
 namespace klv {
 

@@ -1,10 +1,10 @@
 #include "klv/streams/compression/explode.h"
 
+#include "klv/streams/compression/implode_code.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
-
-#include "klv/streams/compression/implode_code.h"
 
 namespace klv {
 

@@ -1,12 +1,12 @@
 #include "klv/streams/compression/implode.h"
 
+#include "klv/core/memory.h"
+#include "klv/streams/compression/implode_code.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
-
-#include "klv/core/memory.h"
-#include "klv/streams/compression/implode_code.h"
 
 namespace klv {
 
