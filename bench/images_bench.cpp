@@ -8,6 +8,8 @@
 #include "klv/platform/module_table.h"
 #include "klv/streams/memory_stream.h"
 
+#include "tests/build_folder.h"
+
 #include <benchmark/benchmark.h>
 
 #ifdef KLV_BENCH_QT
@@ -145,7 +147,7 @@ BENCHMARK(stream_form)->Arg(100)->Arg(1000);
 void write_png(benchmark::State& state)
 {
     for (const char* name : {imaging::kernel_module_name, imaging::file_module_name})
-        MapModule(name, KLV_BUILD_DIR "/libklv_imaging.so");
+        MapModule(name, klv::test::imaging_module_path().c_str());
     oMEMDIB source = bitmap(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
     std::uint32_t size = 0;
     for (auto _ : state) {

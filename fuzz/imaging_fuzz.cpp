@@ -3,6 +3,8 @@
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
+#include "tests/build_folder.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -32,7 +34,7 @@ struct module_entries {
 
     module_entries()
     {
-        MapModule(file_module_name, KLV_BUILD_DIR "/libklv_imaging.so");
+        MapModule(file_module_name, klv::test::imaging_module_path().c_str());
         const HINSTANCE module = LoadLibraryA(file_module_name);
         find(module, "L_RedirectIO", redirect);
         find(module, "L_InitBitmap", init);

@@ -17,6 +17,7 @@
 #include "klv/streams/compression/implode.h"
 #include "klv/streams/memory_stream.h"
 
+#include "tests/build_folder.h"
 #include "tests/filters/gif_builder.h"
 #include "tests/filters/tiff_builder.h"
 #include "tests/filters/wmf_drawing.h"
@@ -167,8 +168,8 @@ bytes flashpix_file()
 
 void write_files_of_the_imaging_module()
 {
-    MapModule(imaging::kernel_module_name, KLV_BUILD_DIR "/libklv_imaging.so");
-    MapModule(imaging::file_module_name, KLV_BUILD_DIR "/libklv_imaging.so");
+    MapModule(imaging::kernel_module_name, klv::test::imaging_module_path().c_str());
+    MapModule(imaging::file_module_name, klv::test::imaging_module_path().c_str());
     for (const int bits : {1, 4, 8, 24}) {
         const auto write_one = [&](const std::string& format, const auto& filter) {
             if (filter.ExportColourDepths(bits))

@@ -4,6 +4,8 @@
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
+#include "tests/build_folder.h"
+
 #include <gtest/gtest.h>
 
 namespace klv::test {
@@ -14,7 +16,7 @@ protected:
     imaging_test()
     {
         for (const char* name : {imaging::kernel_module_name, imaging::file_module_name})
-            MapModule(name, KLV_BUILD_DIR "/libklv_imaging.so");
+            MapModule(name, klv::test::imaging_module_path().c_str());
     }
     ~imaging_test() override
     {

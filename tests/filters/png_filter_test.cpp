@@ -4,6 +4,7 @@
 #include "klv/filters/raster/png_filter.h"
 #include "klv/streams/memory_stream.h"
 
+#include "tests/build_folder.h"
 #include "tests/filters/imaging.h"
 
 #include <cstdlib>
@@ -271,7 +272,7 @@ TEST(ImagingLibrary, MayBeMissingAndIsLookedForEachTime)
     EXPECT_EQ(out.Size(), 0U);
     unload_imaging_module();
     for (const char* name : {imaging::kernel_module_name, imaging::file_module_name})
-        MapModule(name, KLV_BUILD_DIR "/libklv_imaging.so");
+        MapModule(name, klv::test::imaging_module_path().c_str());
     EXPECT_EQ(read(file, dib), oFILTER_OK);
     for (const char* name : {imaging::kernel_module_name, imaging::file_module_name})
         UnregisterModule(name);

@@ -4,6 +4,8 @@
 #include "klv/imaging/imaging_api.h"
 #include "klv/platform/module_table.h"
 
+#include "tests/build_folder.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -22,7 +24,7 @@ class imaging_module {
 public:
     imaging_module()
     {
-        MapModule(imaging::file_module_name, KLV_BUILD_DIR "/libklv_imaging.so");
+        MapModule(imaging::file_module_name, klv::test::imaging_module_path().c_str());
         module_ = LoadLibraryA(imaging::file_module_name);
         find("L_RedirectIO", redirect);
         find("L_CreateBitmap", create);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/build_folder.h"
 #include "tests/filters/wmf_builder.h"
 
 #include <array>
@@ -34,7 +35,7 @@ inline outcome run_command(const std::string& command)
 
 inline outcome run(const std::string& arguments)
 {
-    return run_command(std::string(KLV_BUILD_DIR) + "/klv " + arguments);
+    return run_command(klv::test::build_folder() + "/klv " + arguments);
 }
 
 /// A directory of the test's own, with a picture in it, good.wmf.

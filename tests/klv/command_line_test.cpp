@@ -167,7 +167,7 @@ TEST_F(Images, SeveralGoIntoADirectoryAndFailuresAreTold)
 TEST_F(Images, AMissingModuleIsNamed)
 {
     for (const char* file : {"klv", "libKLV006.so"})
-        std::filesystem::copy(std::filesystem::path(KLV_BUILD_DIR) / file, directory_ / file);
+        std::filesystem::copy(std::filesystem::path(klv::test::build_folder()) / file, directory_ / file);
     ASSERT_EQ(convert(path("a.png") + " " + path("a.gif")).status, 0);
     const std::string lone = path("klv") + " convert ";
     for (const std::string& arguments :
