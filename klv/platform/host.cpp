@@ -1,5 +1,6 @@
 #include "klv/platform/host.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -9,7 +10,7 @@ namespace klv {
 
 namespace {
 
-host* installed = nullptr;
+std::atomic<host*> installed = nullptr;
 
 // Texts come in the ANSI code page and must stay on one line of a terminal that expects UTF-8.
 std::string one_line(const char* text)
@@ -55,15 +56,11 @@ bool host::escape_pressed() { return false; }
 host& current_host() noexcept
 {
     static host headless;
-    return installed ? *installed : headless;
+    host* const replacement = installed;
+    return replacement ? *replacement : headless;
 }
 
-host* install_host(host* replacement) noexcept
-{
-    host* const before = installed;
-    installed = replacement;
-    return before;
-}
+host* install_host(host* replacement) noexcept { return installed.exchange(replacement); }
 
 int default_answer(UINT style) noexcept
 {

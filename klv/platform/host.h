@@ -7,7 +7,8 @@ namespace klv {
 
 /// What surrounds the library. This one is headless: a message box becomes one line on standard error and
 /// gets its default answer, debugger output is dropped unless the environment variable KLV_DEBUG is set
-/// (then it goes to standard error), Escape is never pressed. Applications and tests derive their own.
+/// (then it goes to standard error), Escape is never pressed. Applications and tests derive their own; every
+/// thread that uses the library calls it.
 class host {
 public:
     virtual ~host() = default;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,6 +39,9 @@ struct module_entry {
     unsigned uses = 0;
     bool registered = false; ///< by RegisterModule or MapModule
 };
+
+// Held while the table is used. A shared object that is being opened may register modules of its own.
+constinit std::recursive_mutex guard;
 
 // Entries stay where they are, so that a handle is simply a position in the table: a number that fits 32
 // bits and differs from every other handle of the process.
@@ -172,6 +176,7 @@ HINSTANCE LoadLibraryA(const char* name) noexcept
     if (!name || !*name)
         return nullptr;
     try {
+        const std::scoped_lock lock(guard);
         const std::size_t index = load(name);
         return index < modules().size() ? handle_of(index) : nullptr;
     } catch (const std::bad_alloc&) {
@@ -181,6 +186,7 @@ HINSTANCE LoadLibraryA(const char* name) noexcept
 
 FARPROC GetProcAddress(HINSTANCE module, const char* name) noexcept
 {
+    const std::scoped_lock lock(guard);
     const module_entry* const entry = entry_of(module);
     if (!entry || !name || entry->uses == 0)
         return nullptr;
@@ -192,6 +198,7 @@ FARPROC GetProcAddress(HINSTANCE module, const char* name) noexcept
 
 BOOL FreeLibrary(HINSTANCE module) noexcept
 {
+    const std::scoped_lock lock(guard);
     module_entry* const entry = entry_of(module);
     if (!entry || entry->uses == 0)
         return FALSE;
@@ -212,6 +219,7 @@ HINSTANCE GetModuleHandleA(const char* name) noexcept
     if (!name)
         return handle_of(program_index);
     try {
+        const std::scoped_lock lock(guard);
         const std::size_t index = find_name(normalized(name));
         return index < modules().size() && modules()[index]->uses > 0 ? handle_of(index) : nullptr;
     } catch (const std::bad_alloc&) {
@@ -223,6 +231,7 @@ DWORD GetModuleFileNameA(HINSTANCE module, char* name, DWORD size) noexcept
 {
     if (!name || size == 0)
         return 0;
+    const std::scoped_lock lock(guard);
     const module_entry* const entry = entry_of(module ? module : handle_of(program_index));
     if (!entry) {
         *name = '\0';
@@ -239,6 +248,7 @@ HINSTANCE library_instance() noexcept { return handle_of(library_index); }
 bool RegisterModule(const char* name, std::span<const module_symbol> symbols) noexcept
 {
     try {
+        const std::scoped_lock lock(guard);
         module_entry& entry = *modules()[find_or_add(normalized(name))];
         entry.symbols = symbols;
         entry.file.clear();
@@ -252,6 +262,7 @@ bool RegisterModule(const char* name, std::span<const module_symbol> symbols) no
 bool MapModule(const char* name, const char* file) noexcept
 {
     try {
+        const std::scoped_lock lock(guard);
         module_entry& entry = *modules()[find_or_add(normalized(name))];
         entry.symbols = {};
         entry.file = beside_library(file);
@@ -265,6 +276,7 @@ bool MapModule(const char* name, const char* file) noexcept
 void UnregisterModule(const char* name) noexcept
 {
     try {
+        const std::scoped_lock lock(guard);
         const std::size_t index = find_name(normalized(name));
         if (index < modules().size())
             modules()[index]->registered = false;

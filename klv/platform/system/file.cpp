@@ -4,6 +4,7 @@
 #include "klv/platform/system/path.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -18,9 +19,9 @@ namespace {
 
 // Writes to a file are counted under a hash of its identity, so that a buffer of another handle on the
 // same file is known to be old. Files that share a counter cost each other a refill, nothing more.
-std::array<std::uint32_t, 256> write_counters;
+constinit std::array<std::atomic<std::uint32_t>, 256> write_counters{};
 
-std::uint32_t* write_counter_of(const struct stat& file)
+std::atomic<std::uint32_t>* write_counter_of(const struct stat& file)
 {
     const auto mixed = (static_cast<std::uint64_t>(file.st_ino) * 31 + file.st_dev) % write_counters.size();
     return &write_counters[mixed];

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -80,7 +80,7 @@ private:
     std::int64_t buffer_start_ = 0;
     std::uint32_t buffer_fill_ = 0;
     std::uint32_t buffered_writes_ = 0; // *writes_ when the buffer was filled
-    std::uint32_t* writes_; // counts the writes of this process to the file
+    std::atomic<std::uint32_t>* writes_; // counts the writes of this process to the file
 };
 
 bool file_exists(const char* path) noexcept;

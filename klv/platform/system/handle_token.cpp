@@ -1,5 +1,6 @@
 #include "klv/platform/system/handle_token.h"
 
+#include <mutex>
 #include <new>
 #include <unordered_map>
 #include <vector>
@@ -10,6 +11,7 @@ namespace {
 
 // Token n stands for pointers[n - 1]; a released token's place is null until it is used again.
 struct token_table {
+    std::mutex guard;
     std::vector<const void*> pointers;
     std::vector<std::uint32_t> released;
     std::unordered_map<const void*, std::uint32_t> tokens;
@@ -29,6 +31,7 @@ std::uint32_t token_of(const void* pointer) noexcept
         return 0;
     try {
         token_table& t = table();
+        const std::scoped_lock lock(t.guard);
         if (const auto known = t.tokens.find(pointer); known != t.tokens.end())
             return known->second;
         if (t.released.empty()) {
@@ -47,13 +50,16 @@ std::uint32_t token_of(const void* pointer) noexcept
 
 void* pointer_of(std::uint32_t token) noexcept
 {
-    const auto& pointers = table().pointers;
+    token_table& t = table();
+    const std::scoped_lock lock(t.guard);
+    const auto& pointers = t.pointers;
     return token == 0 || token > pointers.size() ? nullptr : const_cast<void*>(pointers[token - 1]);
 }
 
 void release_token(const void* pointer) noexcept
 {
     token_table& t = table();
+    const std::scoped_lock lock(t.guard);
     const auto known = t.tokens.find(pointer);
     if (known == t.tokens.end())
         return;

@@ -1,31 +1,52 @@
 #include "klv/platform/system/network.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace klv {
 
 namespace {
 
-std::vector<disk_resource>& disks()
+struct disk_table {
+    std::mutex guard;
+    std::vector<disk_resource> connected;
+
+    bool remove(std::string_view local_name)
+    {
+        return std::erase_if(connected, [&](const disk_resource& disk) {
+            return disk.local_name == local_name;
+        }) != 0;
+    }
+};
+
+disk_table& disks()
 {
-    static std::vector<disk_resource> connected;
-    return connected;
+    static disk_table table;
+    return table;
 }
 
 } // namespace
 
 void connect_disk(disk_resource resource)
 {
-    disconnect_disk(resource.local_name);
-    disks().push_back(std::move(resource));
+    disk_table& table = disks();
+    const std::scoped_lock lock(table.guard);
+    table.remove(resource.local_name);
+    table.connected.push_back(std::move(resource));
 }
 
 bool disconnect_disk(std::string_view local_name)
 {
-    return std::erase_if(disks(), [&](const disk_resource& disk) { return disk.local_name == local_name; })
-        != 0;
+    disk_table& table = disks();
+    const std::scoped_lock lock(table.guard);
+    return table.remove(local_name);
 }
 
-const std::vector<disk_resource>& connected_disks() noexcept { return disks(); }
+std::vector<disk_resource> connected_disks()
+{
+    disk_table& table = disks();
+    const std::scoped_lock lock(table.guard);
+    return table.connected;
+}
 
 } // namespace klv

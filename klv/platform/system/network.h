@@ -18,6 +18,6 @@ void connect_disk(disk_resource resource);
 /// \return false when no drive of that name is connected.
 bool disconnect_disk(std::string_view local_name);
 /// The drives that are connected now, in the order of their connection.
-const std::vector<disk_resource>& connected_disks() noexcept;
+std::vector<disk_resource> connected_disks();
 
 } // namespace klv

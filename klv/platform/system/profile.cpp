@@ -4,6 +4,7 @@
 #include "klv/platform/system/settings.h"
 
 #include <charconv>
+#include <mutex>
 #include <new>
 #include <string>
 #include <string_view>
@@ -11,6 +12,9 @@
 namespace klv {
 
 namespace {
+
+// Held from reading the file to writing it.
+constinit std::mutex file_guard;
 
 ini_file profile() { return ini_file(settings_file("profile.ini")); }
 
@@ -57,6 +61,7 @@ BOOL WriteProfileStringA(const char* section, const char* key, const char* value
     if (!section || !key)
         return FALSE;
     try {
+        const std::scoped_lock lock(file_guard);
         ini_file file = profile();
         if (value)
             file.set(section, key, value);

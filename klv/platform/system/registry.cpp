@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <string>
 #include <string_view>
@@ -22,6 +23,9 @@ struct open_key {
     std::unique_ptr<HKEY__> handle;
     std::string path;
 };
+
+// Of the open keys and of the file, from reading it to writing it.
+constinit std::mutex guard;
 
 std::vector<open_key>& open_keys()
 {
@@ -84,6 +88,7 @@ LONG copy_value(const std::string& text, DWORD* type, BYTE* value, DWORD* size) 
 template <class Work> LONG guarded(Work work) noexcept
 {
     try {
+        const std::scoped_lock lock(guard);
         return work();
     } catch (const std::bad_alloc&) {
         return ERROR_NOT_ENOUGH_MEMORY;
@@ -104,6 +109,7 @@ LONG RegCreateKeyA(HKEY parent, const char* path, HKEY* key, DWORD* disposition)
 
 LONG RegCloseKey(HKEY key) noexcept
 {
+    const std::scoped_lock lock(guard);
     const bool closed
         = std::erase_if(open_keys(), [key](const open_key& known) { return known.handle.get() == key; }) != 0;
     return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;

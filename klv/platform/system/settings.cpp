@@ -1,15 +1,27 @@
 #include "klv/platform/system/settings.h"
 
 #include <cstdlib>
+#include <mutex>
 
 namespace klv {
 
 namespace {
 
-std::string& chosen_directory()
+struct directory_choice {
+    std::mutex guard;
+    std::string directory;
+};
+
+directory_choice& choice()
 {
-    static std::string directory;
-    return directory;
+    static directory_choice made;
+    return made;
+}
+
+std::string chosen_directory()
+{
+    const std::scoped_lock lock(choice().guard);
+    return choice().directory;
 }
 
 std::string environment(const char* name)
@@ -22,8 +34,8 @@ std::string environment(const char* name)
 
 std::string settings_directory()
 {
-    if (!chosen_directory().empty())
-        return chosen_directory();
+    if (std::string directory = chosen_directory(); !directory.empty())
+        return directory;
     if (std::string directory = environment("KLV_CONFIG_DIR"); !directory.empty())
         return directory;
     if (const std::string base = environment("XDG_CONFIG_HOME"); !base.empty())
@@ -42,7 +54,9 @@ std::string settings_file(const char* name)
 void set_settings_directory(const char* directory) noexcept
 {
     try {
-        chosen_directory() = directory ? directory : "";
+        std::string wanted = directory ? directory : "";
+        const std::scoped_lock lock(choice().guard);
+        choice().directory = std::move(wanted);
     } catch (const std::bad_alloc&) {
         // The directory stays as it was.
     }

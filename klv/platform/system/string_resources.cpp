@@ -1,6 +1,7 @@
 #include "klv/platform/system/string_resources.h"
 
 #include <algorithm>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -13,32 +14,45 @@ struct module_strings {
     std::span<const string_resource> strings;
 };
 
-std::vector<module_strings>& all_strings()
+struct string_table {
+    std::mutex guard;
+    std::vector<module_strings> modules;
+};
+
+string_table& table()
 {
-    static std::vector<module_strings> list;
-    return list;
+    static string_table all;
+    return all;
+}
+
+std::span<const string_resource> strings_of(HINSTANCE module) noexcept
+{
+    const std::scoped_lock lock(table().guard);
+    const auto& modules = table().modules;
+    const auto owner = std::ranges::find(modules, module, &module_strings::module);
+    return owner == modules.end() ? std::span<const string_resource>() : owner->strings;
 }
 
 std::string_view find_string(HINSTANCE module, UINT id) noexcept
 {
-    const auto owner = std::ranges::find(all_strings(), module, &module_strings::module);
-    if (owner == all_strings().end())
-        return {};
-    const auto found = std::ranges::find(owner->strings, id, &string_resource::id);
-    return found == owner->strings.end() ? std::string_view() : found->text;
+    const auto strings = strings_of(module);
+    const auto found = std::ranges::find(strings, id, &string_resource::id);
+    return found == strings.end() ? std::string_view() : found->text;
 }
 
 } // namespace
 
 bool register_strings(HINSTANCE module, std::span<const string_resource> strings) noexcept
 {
-    const auto known = std::ranges::find(all_strings(), module, &module_strings::module);
-    if (known != all_strings().end()) {
+    const std::scoped_lock lock(table().guard);
+    auto& modules = table().modules;
+    const auto known = std::ranges::find(modules, module, &module_strings::module);
+    if (known != modules.end()) {
         known->strings = strings;
         return true;
     }
     try {
-        all_strings().push_back({module, strings});
+        modules.push_back({module, strings});
         return true;
     } catch (const std::bad_alloc&) {
         return false;

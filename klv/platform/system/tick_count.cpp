@@ -1,19 +1,20 @@
 #include "klv/platform/system/tick_count.h"
 
+#include <atomic>
 #include <chrono>
 
 namespace klv {
 
 namespace {
 
-DWORD (*tick_source)() = nullptr;
+std::atomic<DWORD (*)()> tick_source = nullptr;
 
 } // namespace
 
 DWORD GetTickCount() noexcept
 {
-    if (tick_source)
-        return tick_source();
+    if (const auto source = tick_source.load())
+        return source();
     using namespace std::chrono;
     const auto now = steady_clock::now().time_since_epoch();
     return static_cast<DWORD>(static_cast<std::uint64_t>(duration_cast<milliseconds>(now).count()));
