@@ -11,16 +11,21 @@ namespace {
 
 constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
-std::uint64_t allocations = 0;
-std::uint64_t first_to_fail = never;
-memory_failure failure_kind = memory_failure::none;
+// Each thread counts its own allocations: a test lets nobody else's fail, and no counter is contended.
+struct allocation_count {
+    std::uint64_t tried = 0;
+    std::uint64_t first_to_fail = never;
+    memory_failure kind = memory_failure::none;
+};
+constinit thread_local allocation_count allocations;
 
 bool chosen_to_fail() noexcept
 {
-    const std::uint64_t number = allocations++;
-    if (number < first_to_fail) [[likely]]
+    allocation_count& count = allocations;
+    const std::uint64_t number = count.tried++;
+    if (number < count.first_to_fail) [[likely]]
         return false;
-    if (failure_kind == memory_failure::once)
+    if (count.kind == memory_failure::once)
         vMemNeverFail();
     return true;
 }
@@ -69,17 +74,17 @@ int vMemCheckPtr(const void*) noexcept { return 1; }
 
 void vMemFailAfter(std::uint64_t count, memory_failure kind) noexcept
 {
-    first_to_fail = kind == memory_failure::none ? never : allocations + count;
-    failure_kind = kind;
+    allocations.first_to_fail = kind == memory_failure::none ? never : allocations.tried + count;
+    allocations.kind = kind;
 }
 
 void vMemNeverFail() noexcept
 {
-    first_to_fail = never;
-    failure_kind = memory_failure::none;
+    allocations.first_to_fail = never;
+    allocations.kind = memory_failure::none;
 }
 
-std::uint64_t vMemAllocations() noexcept { return allocations; }
+std::uint64_t vMemAllocations() noexcept { return allocations.tried; }
 
 std::pmr::memory_resource* vMemResource() noexcept
 {

@@ -32,14 +32,14 @@ enum class memory_failure {
     from_then_on, ///< the chosen one and all later ones fail
 };
 
-/// For tests: lets `count` more allocations pass and makes the next one fail (0: the very next). Growing
-/// reallocations count as allocations.
+/// For tests: lets `count` more allocations of this thread pass and makes its next one fail (0: the very
+/// next). Growing reallocations count as allocations.
 void vMemFailAfter(std::uint64_t count, memory_failure kind = memory_failure::once) noexcept;
 
 /// For tests: ends what vMemFailAfter began.
 void vMemNeverFail() noexcept;
 
-/// For tests and measurements: the allocations tried since the program started.
+/// For tests and measurements: the allocations that this thread has tried.
 [[nodiscard]] std::uint64_t vMemAllocations() noexcept;
 
 /// Standard containers on vMemAlloc. Out of memory is std::bad_alloc here; the public operation that owns

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <numeric>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -70,6 +71,20 @@ TEST_F(Memory, FailsTheChosenAllocation)
     void* const nothing = vMemAlloc(0);
     EXPECT_NE(nothing, nullptr);
     vMemFree(nothing);
+}
+
+TEST_F(Memory, FailsInTheThreadThatAskedForIt)
+{
+    const std::uint64_t before = vMemAllocations();
+    vMemFailAfter(0, memory_failure::from_then_on);
+    std::thread([] {
+        void* const block = vMemAlloc(4);
+        EXPECT_NE(block, nullptr);
+        vMemFree(block);
+        EXPECT_EQ(vMemAllocations(), 1U);
+    }).join();
+    EXPECT_EQ(vMemAlloc(4), nullptr);
+    EXPECT_EQ(vMemAllocations() - before, 1U);
 }
 
 TEST_F(Memory, ContainersAndWritersThrowInside)
