@@ -7,8 +7,6 @@
 #include "klv/platform/system/global_memory.h"
 #include "klv/platform/system/windows.h"
 
-#include <utility>
-
 namespace klv {
 
 namespace {
@@ -55,16 +53,17 @@ void DEFEXCEP::LoadMessages(HINSTANCE instance) noexcept
     load_message(instance, library_string::nearly_out_of_memory, first_message_);
 }
 
-void DEFEXCEP::ReleaseReserve() noexcept { vMemFree(std::exchange(reserve_, nullptr)); }
+void DEFEXCEP::ReleaseReserve() noexcept { vMemFree(reserve_.exchange(nullptr)); }
 
 int DEFEXCEP::HandleException(HWND w) noexcept
 {
     char* const caption = vSYSTEM::GetBuffer();
     GetWindowTextA(w, caption, longest_caption + 1);
 
-    const char* const message = first_message_ ? first_message_ : second_message_;
+    const char* const first = first_message_;
+    const char* const message = first ? first : second_message_;
     const int answer = MessageBoxA(w, message ? message : "", caption, MB_SYSTEMMODAL | MB_ICONSTOP);
-    vMemFree(std::exchange(first_message_, nullptr));
+    vMemFree(first_message_.exchange(nullptr));
     if (answer != IDOK)
         return 0;
     vSYSTEM::SetExceptionFlag(0);

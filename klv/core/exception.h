@@ -3,6 +3,7 @@
 #include "klv/base/types.h"
 #include "klv/core/object.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -32,7 +33,7 @@ public:
     DEFEXCEP& operator=(const DEFEXCEP&) = delete;
     ~DEFEXCEP() override;
 
-    /// Shows the first message once, later the second, under the title of window w.
+    /// Shows the first message once, later the second, under the title of window w. For one thread at a time.
     /// \return 1 when the user answered OK and the exception flag was cleared, else 0
     int HandleException(HWND w) noexcept;
 
@@ -43,8 +44,9 @@ public:
     [[nodiscard]] bool HoldsReserve() const noexcept { return reserve_ != nullptr; }
 
 private:
-    void* reserve_;
-    char* first_message_;
+    // Memory may run out in any thread.
+    std::atomic<void*> reserve_;
+    std::atomic<char*> first_message_;
     char* second_message_;
 };
 

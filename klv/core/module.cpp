@@ -4,6 +4,7 @@
 #include "klv/core/system.h"
 #include "klv/platform/module_table.h"
 
+#include <mutex>
 #include <string_view>
 
 namespace klv {
@@ -12,14 +13,23 @@ namespace {
 
 constexpr DWORD longest_module_name = 1000;
 
-// What the next vMODULE takes.
+// What the next vMODULE of this thread takes.
 struct prepared_module {
     HINSTANCE instance = nullptr;
     vMODULE** slot = nullptr;
 };
-constinit prepared_module prepared;
+constinit thread_local prepared_module prepared;
 
+constinit std::mutex command_guard;
 vSTRING* command_string = nullptr;
+
+// command null: the process has none.
+void set_command(const char* command) noexcept
+{
+    const std::scoped_lock lock(command_guard);
+    delete command_string;
+    command_string = command ? new vSTRING(command) : nullptr;
+}
 
 } // namespace
 
@@ -48,24 +58,22 @@ vMODULE& vMODULE::operator=(const vMODULE& other) noexcept
     return *this;
 }
 
-vMODULE::~vMODULE()
-{
-    delete command_string;
-    command_string = nullptr;
-}
+vMODULE::~vMODULE() { set_command(nullptr); }
 
 HINSTANCE vMODULE::GetInstance() const noexcept { return instance_; }
 
 void vMODULE::Prepare(HINSTANCE instance, vMODULE** slot, const char* command) noexcept
 {
     prepared = {instance, slot};
-    if (!command)
-        return;
-    delete command_string;
-    command_string = new vSTRING(command);
+    if (command)
+        set_command(command);
 }
 
-vSTRING vMODULE::GetCommand() noexcept { return command_string ? *command_string : vSTRING(); }
+vSTRING vMODULE::GetCommand() noexcept
+{
+    const std::scoped_lock lock(command_guard);
+    return command_string ? *command_string : vSTRING();
+}
 
 vSTRING vMODULE::GetModulePath() const noexcept
 {

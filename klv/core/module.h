@@ -10,7 +10,8 @@ class vSTRING;
 /// A loaded module of the application or of the library.
 class vMODULE : public vOBJECT {
 public:
-    /// Takes the instance that the last Prepare recorded, stores itself in the recorded slot and clears both.
+    /// Takes the instance that the last Prepare of this thread recorded, stores itself in the recorded slot
+    /// and clears both.
     vMODULE() noexcept;
     vMODULE(const vMODULE& other) noexcept;
     vMODULE& operator=(const vMODULE& other) noexcept;
@@ -19,8 +20,8 @@ public:
 
     [[nodiscard]] virtual HINSTANCE GetInstance() const noexcept;
 
-    /// Records what the next vMODULE to be constructed takes. command, when not null, becomes the process's
-    /// command string.
+    /// Records what the next vMODULE that this thread constructs takes. command, when not null, becomes the
+    /// process's command string.
     static void Prepare(HINSTANCE instance, vMODULE** slot, const char* command) noexcept;
 
     /// \return the directory of the module's file, without a separator at its end

@@ -16,7 +16,7 @@ class vAPP;
 class vTRANSFER;
 
 /// The process-wide services: scratch buffers, settings, memory exhaustion, and how the applications of the
-/// family find one another. There is one object; one thread uses it at a time.
+/// family find one another. There is one object, which every thread may use.
 class vSYSTEM : public vMODULE {
 public:
     static constexpr std::size_t buffer_size = 1024;
@@ -24,7 +24,8 @@ public:
     /// The one object, the default module of vRESID. Made at its first use.
     [[nodiscard]] static vSYSTEM* Pointer() noexcept;
 
-    /// Two scratch buffers of buffer_size bytes. Any operation of the library may use them.
+    /// Two scratch buffers of buffer_size bytes, each thread's own. Any operation of the library may use
+    /// them.
     [[nodiscard]] static char* GetBuffer() noexcept;
     [[nodiscard]] static char* GetLocalBuffer() noexcept;
 
@@ -32,7 +33,8 @@ public:
     [[nodiscard]] static int GetExceptionFlag() noexcept;
     static void SetExceptionFlag(int flag) noexcept;
 
-    /// Stored for the applications; the library does not act on them.
+    /// Stored for the applications, which do what they say; read from the user's profile when first asked
+    /// for.
     [[nodiscard]] static std::uint16_t GetTraceLevel() noexcept;
     static void SetTraceLevel(std::uint16_t level) noexcept;
     [[nodiscard]] static int CheckHeap() noexcept;
@@ -74,16 +76,15 @@ private:
     friend int DllMain(HINSTANCE, std::uint32_t, void*) noexcept;
 
     vSYSTEM() noexcept;
-    ~vSYSTEM() override;
 
-    static void OpenRegistry() noexcept;
-    static void CloseRegistry() noexcept;
+    static void ReadSettings() noexcept;
 
     // Releases the reserve of the default exception and sets the exception flag.
     // \return 0: the failed allocation is not tried again
     static int NewFailureException(unsigned int size) noexcept;
     [[nodiscard]] static UINT GetPavonMessage() noexcept { return GetPavonMsg(); }
 
+    // The block that the applications of all processes share appears when the first of them registers.
     static void RegisterApp(vAPP* app, HINSTANCE instance, HWND a, HWND b) noexcept;
     static void UnregisterApp(vAPP* app, HINSTANCE instance) noexcept;
     static int GetPavonApp(ITERATOR& it, HINSTANCE& instance, HWND& a, HWND& b) noexcept;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -48,6 +49,7 @@ struct known_window {
 };
 
 struct application_state {
+    std::mutex guard;
     shared_memory registry;
     std::vector<known_window, vALLOCATOR<known_window>> windows;
     std::vector<vAPP*, vALLOCATOR<vAPP*>> applications;
@@ -60,12 +62,21 @@ application_state& state() noexcept
     return the_state;
 }
 
+// The entries of all processes, none before this one has registered an application.
 std::span<application_entry> registry_entries() noexcept
 {
     void* const block = state().registry.data();
     if (!block)
         return {};
     return {static_cast<application_entry*>(block), most_applications};
+}
+
+void open_registry() noexcept
+{
+    shared_memory& registry = state().registry;
+    if (!registry.data() && registry.open("APP_REGISTRA", most_applications * sizeof(application_entry))
+        && registry.is_new())
+        std::ranges::fill(registry_entries(), application_entry{});
 }
 
 bool accepts_files(HWND w) noexcept
@@ -83,22 +94,10 @@ LPARAM packed(const POINT& p) noexcept
 
 } // namespace
 
-// Called while the vSYSTEM object is made, so that the state outlives it.
-void vSYSTEM::OpenRegistry() noexcept
-{
-    if (state().registry.open("APP_REGISTRA", most_applications * sizeof(application_entry))
-        && state().registry.is_new())
-        std::ranges::fill(registry_entries(), application_entry{});
-}
-
-void vSYSTEM::CloseRegistry() noexcept
-{
-    state().registry.close();
-    state().windows.clear();
-}
-
 void vSYSTEM::RegisterApp(vAPP* app, HINSTANCE instance, HWND a, HWND b) noexcept
 {
+    const std::scoped_lock lock(state().guard);
+    open_registry();
     const auto entries = registry_entries();
     const auto free = std::ranges::find(entries, 0U, &application_entry::instance);
     if (free != entries.end())
@@ -114,6 +113,7 @@ void vSYSTEM::RegisterApp(vAPP* app, HINSTANCE instance, HWND a, HWND b) noexcep
 
 void vSYSTEM::UnregisterApp(vAPP* app, HINSTANCE instance) noexcept
 {
+    const std::scoped_lock lock(state().guard);
     std::erase(state().applications, app);
     const auto entries = registry_entries();
     const auto held = std::ranges::find(entries, number_of(instance), &application_entry::instance);
@@ -123,6 +123,7 @@ void vSYSTEM::UnregisterApp(vAPP* app, HINSTANCE instance) noexcept
 
 int vSYSTEM::GetPavonApp(ITERATOR& it, HINSTANCE& instance, HWND& a, HWND& b) noexcept
 {
+    const std::scoped_lock lock(state().guard);
     const auto entries = registry_entries();
     const std::size_t i = it();
     const bool in_use = i < entries.size() && entries[i].instance != 0;
@@ -137,6 +138,7 @@ int vSYSTEM::GetPavonApp(ITERATOR& it, HINSTANCE& instance, HWND& a, HWND& b) no
 
 vAPP* vSYSTEM::ActiveApp() noexcept
 {
+    const std::scoped_lock lock(state().guard);
     return state().applications.empty() ? nullptr : state().applications.front();
 }
 
@@ -144,10 +146,15 @@ UINT vSYSTEM::GetPavonMsg() noexcept { return RegisterWindowMessageA("PAVONAPP")
 UINT vSYSTEM::GetPaletteChangeMsg() noexcept { return RegisterWindowMessageA("PAVONPALETTEMESSAGE"); }
 UINT vSYSTEM::GetVMKillMsg() noexcept { return RegisterWindowMessageA("VM_WM_CLOSE"); }
 
-void vSYSTEM::SetFrameWindow(HWND w) noexcept { state().frame_window = w; }
+void vSYSTEM::SetFrameWindow(HWND w) noexcept
+{
+    const std::scoped_lock lock(state().guard);
+    state().frame_window = w;
+}
 
 void vSYSTEM::GetApps() noexcept
 {
+    const std::scoped_lock lock(state().guard);
     state().windows.clear();
     const HWND frame = state().frame_window;
     HWND w = frame ? GetWindow(frame, GW_HWNDFIRST) : GetTopWindow(nullptr);
@@ -165,16 +172,19 @@ void vSYSTEM::GetApps() noexcept
 
 std::uint16_t vSYSTEM::GetNoOfWindows() noexcept
 {
+    const std::scoped_lock lock(state().guard);
     return static_cast<std::uint16_t>(state().windows.size());
 }
 
 vSTRING vSYSTEM::GetAppName(std::uint16_t i) noexcept
 {
+    const std::scoped_lock lock(state().guard);
     return i < state().windows.size() ? state().windows[i].class_name : vSTRING();
 }
 
 HWND vSYSTEM::GetWindowHandle(const vSTRING& cls) noexcept
 {
+    const std::scoped_lock lock(state().guard);
     const auto found = std::ranges::find(state().windows, cls, &known_window::class_name);
     return found == state().windows.end() ? nullptr : found->window;
 }

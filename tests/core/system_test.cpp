@@ -8,6 +8,8 @@
 
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -31,6 +33,15 @@ class vAPP { };
 using namespace klv;
 
 namespace {
+
+bool is_mapped(const std::string& name)
+{
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.find(name) != std::string::npos)
+            return true;
+    return false;
+}
 
 template <class Handle> Handle handle(std::uintptr_t number) { return reinterpret_cast<Handle>(number); }
 
@@ -71,8 +82,10 @@ TEST(System, ReadsItsSettingsAtEveryNotification)
 
 TEST(System, RegistersAtMostTenApplications)
 {
+    EXPECT_FALSE(is_mapped("APP_REGISTRA")) << "nobody has registered yet";
     for (std::uintptr_t i = 1; i <= 11; ++i)
         system_access::add(handle<HINSTANCE>(i * 16), handle<HWND>(i), handle<HWND>(100 + i));
+    EXPECT_TRUE(is_mapped("APP_REGISTRA"));
     ITERATOR it;
     HINSTANCE h = nullptr;
     HWND a = nullptr;
