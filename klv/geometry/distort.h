@@ -8,7 +8,8 @@
 namespace klv {
 
 /// A mapping of points, counted by reference. Whoever makes one holds the first reference; an object that
-/// keeps one adds its own.
+/// keeps one adds its own, so objects of several threads may keep the same one: references are counted for
+/// all threads, and mapping changes nothing.
 class IDistort {
 public:
     virtual std::uint32_t AddRef() noexcept = 0;

@@ -4,6 +4,7 @@
 #include "klv/geometry/distort.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 
 namespace klv {
@@ -61,7 +62,7 @@ public:
 private:
     void then(const std::array<double, 6>& next) noexcept;
 
-    std::uint32_t references_ = 1;
+    std::atomic<std::uint32_t> references_ = 1;
     std::array<double, 6> m_{1, 0, 0, 0, 1, 0};
 };
 

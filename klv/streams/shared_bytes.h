@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 namespace klv {
@@ -32,7 +33,7 @@ private:
 
     std::uint8_t* data_ = nullptr;
     std::uint32_t allocated_ = 0;
-    std::uint32_t references_ = 1;
+    std::atomic<std::uint32_t> references_ = 1;
     std::uint8_t** slot_ = nullptr;
     bool growable_ = true;
 };
