@@ -63,14 +63,15 @@ vSHAPE closed_polygon(std::span<const vPOINT> points)
 
 int vLINESPEC::ArrowheadsInitialised() noexcept
 {
-    static bool filled = false;
-    for (unsigned i = 0; !filled && i < number_of_arrowheads; ++i) {
-        const auto& design = arrowhead_designs[i];
-        arrayArrowheads[i].Set(closed_polygon(design.outline), closed_polygon(design.clip_outline),
-            arrowhead_pen_numerator, design.hollow ? 1 : 0, arrowhead_reference_width);
-    }
-    filled = true;
-    return 1;
+    static const int filled = [] {
+        for (unsigned i = 0; i < number_of_arrowheads; ++i) {
+            const auto& design = arrowhead_designs[i];
+            arrayArrowheads[i].Set(closed_polygon(design.outline), closed_polygon(design.clip_outline),
+                arrowhead_pen_numerator, design.hollow ? 1 : 0, arrowhead_reference_width);
+        }
+        return 1;
+    }();
+    return filled;
 }
 
 const vARROWHEAD* vLINESPEC::GetArrowhead(unsigned int i) noexcept

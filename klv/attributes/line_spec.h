@@ -76,7 +76,8 @@ public:
     vSTREAM& operator<<(vSTREAM& in) noexcept;
 
     static constexpr unsigned number_of_arrowheads = 10;
-    /// The process-wide arrowheads, empty until ArrowheadsInitialised has filled them.
+    /// The process-wide arrowheads, empty until ArrowheadsInitialised has filled them, and never changed
+    /// then.
     static vARROWHEAD arrayArrowheads[number_of_arrowheads];
     static int ArrowheadsInitialised() noexcept;
     static unsigned int GetNumArrowheads() noexcept { return number_of_arrowheads; }
