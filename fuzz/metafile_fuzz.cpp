@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     });
 
     for (const vTEXTREPLAY replay : {vTEXTREPLAY::as_bitmap, vTEXTREPLAY::as_text}) {
-        vMETAFILE::TextReplay(replay);
+        picture.TextReplay(replay);
         vMEMDEVICE device(64, 48);
         device.DrawMetafile(picture, vRECT(0, 0, 64, 48));
     }

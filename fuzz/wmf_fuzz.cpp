@@ -20,7 +20,7 @@ void convert_and_draw(const std::uint8_t* data, std::size_t size, klv::oREADING_
     filter.CheckStream(stream);
     filter.Convert(stream, &picture);
 
-    klv::vMETAFILE::TextReplay(klv::vTEXTREPLAY::as_text);
+    picture.TextReplay(klv::vTEXTREPLAY::as_text);
     klv::vMEMDEVICE device(64, 48);
     device.DrawMetafile(picture, klv::vRECT(0, 0, 64, 48));
 }

@@ -53,6 +53,7 @@ vMETAFILE& vMETAFILE::operator=(vMETAFILE& other) noexcept
     owned_stream_ = other.owned_stream_;
     stream_ = other.stream_;
     progress_ = other.progress_;
+    text_replay_ = other.text_replay_;
     x0_ = other.x0_;
     x1_ = other.x1_;
     y0_ = other.y0_;

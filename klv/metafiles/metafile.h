@@ -159,9 +159,9 @@ public:
     void RecordPushClipArea() noexcept;
     void RecordPopClipArea() noexcept;
 
-    /// How text on a line is replayed, for all pictures of the process; as_bitmap at first.
-    static void TextReplay(vTEXTREPLAY how) noexcept;
-    static vTEXTREPLAY TextReplay() noexcept;
+    /// How this picture's text on a line is replayed; as_bitmap at first. A copy is replayed as its original.
+    void TextReplay(vTEXTREPLAY how) noexcept { text_replay_ = how; }
+    vTEXTREPLAY TextReplay() const noexcept { return text_replay_; }
 
     int LogicalWidth() const noexcept;
     int LogicalHeight() const noexcept;
@@ -216,6 +216,7 @@ private:
     std::shared_ptr<vSTREAM> owned_stream_; // null: the stream is the caller's
     vSTREAM* stream_ = nullptr;
     oPROGRESS* progress_ = nullptr;
+    vTEXTREPLAY text_replay_ = vTEXTREPLAY::as_bitmap;
     std::int32_t x0_ = unset_extent;
     std::int32_t x1_ = unset_extent;
     std::int32_t y0_ = unset_extent;

@@ -12,16 +12,6 @@
 
 namespace klv {
 
-namespace {
-
-vTEXTREPLAY text_replay = vTEXTREPLAY::as_bitmap;
-
-} // namespace
-
-void vMETAFILE::TextReplay(vTEXTREPLAY how) noexcept { text_replay = how; }
-
-vTEXTREPLAY vMETAFILE::TextReplay() noexcept { return text_replay; }
-
 // Black text on white, left at the start point and centred on its height.
 void record_player::draw_text_bitmap(const vSTRING& text, const vPOINT& start)
 {

@@ -98,9 +98,8 @@ TEST(Drawing, TextOnALineIsDrawnEitherWay)
     picture.EndMetaFile();
 
     const auto bitmap = pixels_of(picture);
-    vMETAFILE::TextReplay(vTEXTREPLAY::as_text);
+    picture.TextReplay(vTEXTREPLAY::as_text);
     const auto text = pixels_of(picture);
-    vMETAFILE::TextReplay(vTEXTREPLAY::as_bitmap);
     EXPECT_GT(inked(bitmap), 50);
     ASSERT_GT(inked(text), 50);
 
@@ -113,9 +112,9 @@ TEST(Drawing, TextOnALineIsDrawnEitherWay)
 TEST(Drawing, TextAtTheLimitsOfCoordinatesIsHarmless)
 {
     for (const vTEXTREPLAY how : {vTEXTREPLAY::as_text, vTEXTREPLAY::as_bitmap}) {
-        vMETAFILE::TextReplay(how);
         for (const vPOINT& at : {vPOINT(INT32_MIN, INT32_MIN), vPOINT(INT32_MAX, INT32_MAX)}) {
             vMETAFILE picture;
+            picture.TextReplay(how);
             picture.DrawTextOnLine("far", at, nullptr);
             picture.LogicalExtents(0, 1, 0, 1);
             EXPECT_EQ(inked(pixels_of(picture)), 0) << static_cast<int>(how) << " " << at.x;

@@ -203,10 +203,9 @@ TEST(Playback, ReplaysTextAsTheSwitchSays)
     picture.finish();
     // The fake device has no context: no bitmap of the text can be made for it.
     const std::string box = "DrawTextA box 0,0,100,50 1\n";
-    EXPECT_EQ(vMETAFILE::TextReplay(), vTEXTREPLAY::as_bitmap);
-    vMETAFILE::TextReplay(vTEXTREPLAY::as_text);
+    EXPECT_EQ(picture.TextReplay(), vTEXTREPLAY::as_bitmap);
+    picture.TextReplay(vTEXTREPLAY::as_text);
     EXPECT_EQ(played(picture), box + "DrawTextOnLine line 100,50\n");
-    vMETAFILE::TextReplay(vTEXTREPLAY::as_bitmap);
 
     EXPECT_EQ(played_records(one(text_record{vSTRING("x"), vRECT(10, 20, 10, 20), 999})),
         "DrawTextA x 0,0,0,0 0\n");

@@ -156,7 +156,7 @@ int affordable_antialias(vMETAFILE& picture, const vSIZE& size)
 
 std::unique_ptr<oMEMDIB> render(vMETAFILE& picture, const render_options& options)
 {
-    vMETAFILE::TextReplay(vTEXTREPLAY::as_text);
+    picture.TextReplay(vTEXTREPLAY::as_text);
     vSIZE size = output_size(picture, options);
     std::unique_ptr<oMEMDIB> out(new oMEMDIB(0));
     if (!out

@@ -291,7 +291,7 @@ void record_player::operator()(const text_transparency_record& r)
 void record_player::operator()(const text_on_line_record& r)
 {
     const vPOINT start = mapped(r.start);
-    if (vMETAFILE::TextReplay() == vTEXTREPLAY::as_text || !has_context())
+    if (picture_.TextReplay() == vTEXTREPLAY::as_text || !has_context())
         draw_text(r.text, start);
     else
         draw_text_bitmap(r.text, start);
