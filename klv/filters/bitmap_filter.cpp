@@ -7,6 +7,7 @@
 #include "klv/streams/stream.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace klv {
 
@@ -16,85 +17,84 @@ using imaging::bitmap_handle;
 using imaging::file_info;
 using imaging::imaging_ok;
 
-/// The conversion under way, for the module's callbacks. One at a time in the process.
-struct bitmap_conversion {
-    vSTREAM* stream = nullptr;
-    oDIB* bitmap = nullptr;
-    oPROGRESS* progress = nullptr;
-    /// The status of the last conversion; what a failure to load the module answers.
+/// How the last conversion of this thread ended.
+struct last_conversion {
+    /// What a failure to load the module answers.
     oFILTER_STATUS status = oFILTER_FAILED;
     missing_library missing = missing_library::none;
 };
+constinit thread_local last_conversion last;
 
-bitmap_conversion conversion;
+/// A conversion under way, which the module hands to the callbacks.
+struct bitmap_conversion {
+    const BMINTERFACE& module;
+    vSTREAM& stream;
+    oDIB* bitmap = nullptr;
+    oPROGRESS* progress = nullptr;
+    oFILTER_STATUS status = oFILTER_OK;
+    std::uint32_t passes = 1; ///< of a writer over the bitmap
+    std::uint32_t written_lines = 0; ///< in all of them
+
+    static bitmap_conversion& of(void* user) { return *static_cast<bitmap_conversion*>(user); }
+};
 
 // ---- Stream callbacks
 
-std::int32_t open_stream(const char*, std::int32_t, void*)
+std::int32_t open_stream(const char*, std::int32_t, void* user)
 {
-    if (!conversion.stream)
-        return -1;
-    conversion.stream->MoveFromStart(0);
+    bitmap_conversion::of(user).stream.MoveFromStart(0);
     return 1;
 }
 
-std::uint32_t read_stream(std::uint8_t* bytes, std::uint32_t count, void*)
+std::uint32_t read_stream(std::uint8_t* bytes, std::uint32_t count, void* user)
 {
-    if (!conversion.stream || count == 0)
+    if (count == 0)
         return 0;
-    return static_cast<std::uint32_t>(std::max(conversion.stream->ReadByteString(bytes, count), 0));
+    return static_cast<std::uint32_t>(
+        std::max(bitmap_conversion::of(user).stream.ReadByteString(bytes, count), 0));
 }
 
-std::uint32_t write_stream(const std::uint8_t* bytes, std::uint32_t count, void*)
+std::uint32_t write_stream(const std::uint8_t* bytes, std::uint32_t count, void* user)
 {
-    return conversion.stream && count != 0 ? conversion.stream->WriteBlock(bytes, count) : 0;
+    return count != 0 ? bitmap_conversion::of(user).stream.WriteBlock(bytes, count) : 0;
 }
 
-std::int32_t seek_stream(std::int32_t offset, std::int32_t origin, void*)
+std::int32_t seek_stream(std::int32_t offset, std::int32_t origin, void* user)
 {
-    if (!conversion.stream)
-        return -1;
+    vSTREAM& stream = bitmap_conversion::of(user).stream;
     switch (origin) {
     case 0:
-        return static_cast<std::int32_t>(
-            conversion.stream->MoveFromStart(static_cast<std::uint32_t>(offset)));
+        return static_cast<std::int32_t>(stream.MoveFromStart(static_cast<std::uint32_t>(offset)));
     case 1:
-        return static_cast<std::int32_t>(conversion.stream->MoveFromCur(offset));
+        return static_cast<std::int32_t>(stream.MoveFromCur(offset));
     case 2:
-        return static_cast<std::int32_t>(conversion.stream->MoveFromEnd(offset));
+        return static_cast<std::int32_t>(stream.MoveFromEnd(offset));
     default:
         return -1;
     }
 }
 
-std::int32_t close_stream(void*) { return conversion.stream ? 1 : -1; }
+std::int32_t close_stream(void*) { return 1; }
 
-/// Records a conversion for the callbacks, and installs those of the stream, for the conversion's life.
-class recorded_conversion {
+/// Names are file names to the module.
+void access_files(const BMINTERFACE& module)
+{
+    module.RedirectIO(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+/// While it lives, the module reads and writes the conversion's stream instead of files.
+class redirected_stream {
 public:
-    enum class file_access { through_stream, by_name };
-
-    recorded_conversion(const BMINTERFACE& module, vSTREAM& stream, oDIB* bitmap, oPROGRESS* progress,
-        file_access access = file_access::through_stream)
-        : module_(module)
+    explicit redirected_stream(bitmap_conversion& work)
+        : module_(work.module)
     {
-        conversion = {&stream, bitmap, progress, oFILTER_OK, missing_library::none};
-        if (access == file_access::through_stream)
-            module_.RedirectIO(open_stream, read_stream, write_stream, seek_stream, close_stream, nullptr);
-        else
-            access_files();
+        module_.RedirectIO(open_stream, read_stream, write_stream, seek_stream, close_stream, &work);
     }
-    recorded_conversion(const recorded_conversion&) = delete;
-    recorded_conversion& operator=(const recorded_conversion&) = delete;
-    ~recorded_conversion()
-    {
-        access_files();
-        conversion = {nullptr, nullptr, nullptr, conversion.status, conversion.missing};
-    }
+    redirected_stream(const redirected_stream&) = delete;
+    redirected_stream& operator=(const redirected_stream&) = delete;
+    ~redirected_stream() { access_files(module_); }
 
 private:
-    void access_files() { module_.RedirectIO(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr); }
-
     const BMINTERFACE& module_;
 };
 
@@ -122,7 +122,7 @@ const BMINTERFACE* wanted_module()
 {
     const BMINTERFACE* const module = BMINTERFACE::get();
     if (!module)
-        conversion.missing = missing_library::imaging_module;
+        last.missing = missing_library::imaging_module;
     return module;
 }
 
@@ -130,15 +130,12 @@ const BMINTERFACE* wanted_module()
 bool succeeded(std::int32_t result)
 {
     if (result == imaging::imaging_library_missing)
-        conversion.missing = missing_library::format_library;
+        last.missing = missing_library::format_library;
     return result == imaging_ok;
 }
 
 /// The answer when the module is not there: never a success.
-oFILTER_STATUS status_without_module()
-{
-    return conversion.status == oFILTER_OK ? oFILTER_FAILED : conversion.status;
-}
+oFILTER_STATUS status_without_module() { return last.status == oFILTER_OK ? oFILTER_FAILED : last.status; }
 
 // ---- Reading
 
@@ -183,48 +180,47 @@ bool FlipBuffer(std::uint8_t* band, std::size_t line_bytes, std::int32_t lines)
     return true;
 }
 
-void take_colours(const bitmap_handle& handle, oDIB& target)
+void take_colours(const BMINTERFACE& module, const bitmap_handle& handle, oDIB& target)
 {
-    const BMINTERFACE* const module = BMINTERFACE::get();
     const auto count = static_cast<std::uint16_t>(1U << handle.bits_per_pixel);
     vBUFFER<RGBQUAD> colours;
-    if (module && colours.resize(count)
-        && module->GetBitmapColors(&handle, 0, count, colours.data()) == imaging_ok)
+    if (colours.resize(count) && module.GetBitmapColors(&handle, 0, count, colours.data()) == imaging_ok)
         target.SetPalette(oDIBPALETTE(colours.data(), count));
 }
 
 std::int32_t LoadImageCB(const file_info&, const bitmap_handle& handle, std::uint8_t* band, std::int32_t row,
-    std::int32_t lines, void*)
+    std::int32_t lines, void* user)
 {
-    if (conversion.progress) {
-        if (conversion.progress->Stop()) {
-            conversion.status = oFILTER_CANCELLED;
+    bitmap_conversion& work = bitmap_conversion::of(user);
+    if (work.progress) {
+        if (work.progress->Stop()) {
+            work.status = oFILTER_CANCELLED;
             return 0;
         }
-        conversion.progress->oSet(static_cast<std::uint32_t>(row));
+        work.progress->oSet(static_cast<std::uint32_t>(row));
     }
-    oDIB& target = *conversion.bitmap;
     if (row == 0 && handle.bits_per_pixel <= 8)
-        take_colours(handle, target);
+        take_colours(work.module, handle, *work.bitmap);
     std::int32_t first = row;
     if (handle.perspective != imaging::bottom_left) {
         first = handle.height - (row + lines);
         if (!FlipBuffer(band, static_cast<std::size_t>(handle.bytes_per_line), lines)) {
-            conversion.status = oFILTER_NO_MEMORY;
+            work.status = oFILTER_NO_MEMORY;
             return 0;
         }
     }
-    const int stored = target.SetImageLines(band, oMODEL_RGB24, first, lines);
+    const int stored = work.bitmap->SetImageLines(band, oMODEL_RGB24, first, lines);
     if (!stored)
-        conversion.status = oFILTER_NO_MEMORY;
+        work.status = oFILTER_NO_MEMORY;
     return stored;
 }
 
-oFILTER_STATUS load_image(const BMINTERFACE& module, const char* name, bool photoshop)
+oFILTER_STATUS load_image(bitmap_conversion& work, const char* name, bool photoshop)
 {
+    const BMINTERFACE& module = work.module;
     file_info info{};
     const bool described = succeeded(module.FileInfo(name, &info));
-    if (conversion.missing != missing_library::none)
+    if (last.missing != missing_library::none)
         return oFILTER_FAILED;
     if (!described || info.width < 0 || info.height < 0)
         return oFILTER_UNSUPPORTED;
@@ -235,24 +231,24 @@ oFILTER_STATUS load_image(const BMINTERFACE& module, const char* name, bool phot
 
     module.AccessBitmap(&handle);
     const oDIBHEADER header(info.width, info.height, info.x_resolution, info.y_resolution, layout.model);
-    const int made = conversion.bitmap->SetHeader(header);
+    const int made = work.bitmap->SetHeader(header);
     module.ReleaseBitmap(&handle);
     if (!made)
         return oFILTER_NO_MEMORY;
 
-    if (conversion.progress) {
-        conversion.progress->oStart();
-        conversion.progress->oFullScale(static_cast<std::uint32_t>(info.height));
+    if (work.progress) {
+        work.progress->oStart();
+        work.progress->oFullScale(static_cast<std::uint32_t>(info.height));
     }
     const std::int32_t colour_order = photoshop && info.bits_per_pixel > 8 ? 1 : 0;
     const bool loaded = succeeded(module.LoadFile(
-        name, &handle, layout.bits, colour_order, imaging::load_flags_all_lines, LoadImageCB, nullptr));
+        name, &handle, layout.bits, colour_order, imaging::load_flags_all_lines, LoadImageCB, &work));
     if (loaded)
         module.FreeBitmap(&handle);
-    if (conversion.progress)
-        conversion.progress->oTerminate();
-    if (conversion.status != oFILTER_OK)
-        return conversion.status;
+    if (work.progress)
+        work.progress->oTerminate();
+    if (work.status != oFILTER_OK)
+        return work.status;
     return loaded ? oFILTER_OK : oFILTER_FAILED;
 }
 
@@ -265,24 +261,19 @@ std::uint32_t passes_over_lines(std::uint16_t format, int depth)
     return format == imaging::format_photoshop && depth > 8 ? channels : 1;
 }
 
-struct written_lines {
-    std::uint32_t passes; ///< over the bitmap
-    std::uint32_t count = 0; ///< in all of them
-};
-
 std::int32_t save_lines(
-    const bitmap_handle&, std::uint8_t* band, std::int32_t row, std::int32_t lines, void* counter)
+    const bitmap_handle&, std::uint8_t* band, std::int32_t row, std::int32_t lines, void* user)
 {
-    auto& written = *static_cast<written_lines*>(counter);
-    if (conversion.progress) {
-        if (conversion.progress->Stop())
+    bitmap_conversion& work = bitmap_conversion::of(user);
+    if (work.progress) {
+        if (work.progress->Stop())
             return 0;
-        conversion.progress->oSet(written.count / written.passes);
+        work.progress->oSet(work.written_lines / work.passes);
     }
     oCOLOUR_MODEL model = oMODEL_RGB24;
-    if (!conversion.bitmap->GetImageLines(row, lines, band, &model))
+    if (!work.bitmap->GetImageLines(row, lines, band, &model))
         return 0;
-    written.count += static_cast<std::uint32_t>(lines);
+    work.written_lines += static_cast<std::uint32_t>(lines);
     return 1;
 }
 
@@ -292,10 +283,11 @@ std::int32_t resolution_to_write(std::int32_t pixels_per_metre, std::int32_t dot
     return pixels_per_metre == oDIBHEADER().info().biXPelsPerMeter ? 0 : dots_per_inch;
 }
 
-bool save_image(const BMINTERFACE& module, oDIB& in, std::uint16_t format)
+bool save_image(bitmap_conversion& work, std::uint16_t format)
 {
+    const BMINTERFACE& module = work.module;
     oDIBHEADER header;
-    in.GetHeader(header);
+    work.bitmap->GetHeader(header);
     bitmap_handle handle{};
     if (module.CreateBitmap(&handle, imaging::conventional_memory, header.Width(), header.Height(),
             header.ColourDepth(), 1, nullptr, imaging::bottom_left)
@@ -303,12 +295,12 @@ bool save_image(const BMINTERFACE& module, oDIB& in, std::uint16_t format)
         return false;
     handle.x_resolution = resolution_to_write(header.info().biXPelsPerMeter, header.HorzDPI());
     handle.y_resolution = resolution_to_write(header.info().biYPelsPerMeter, header.VertDPI());
-    const auto colours = in.colours();
+    const auto colours = work.bitmap->colours();
     if (!colours.empty() && colours.size() <= 256)
         module.PutBitmapColors(&handle, 0, static_cast<std::uint32_t>(colours.size()), colours.data());
-    written_lines counter{passes_over_lines(format, header.ColourDepth())};
+    work.passes = passes_over_lines(format, header.ColourDepth());
     const bool saved = succeeded(module.SaveFile(imaging::redirected_name, &handle, format,
-        header.ColourDepth(), imaging::best_quality, imaging::save_flags_default, save_lines, &counter));
+        header.ColourDepth(), imaging::best_quality, imaging::save_flags_default, save_lines, &work));
     module.FreeBitmap(&handle);
     return saved;
 }
@@ -317,7 +309,7 @@ bool save_image(const BMINTERFACE& module, oDIB& in, std::uint16_t format)
 
 oBMFILTER::~oBMFILTER() { BMINTERFACE::discard(); }
 
-missing_library oBMFILTER::MissingLibrary() noexcept { return conversion.missing; }
+missing_library oBMFILTER::MissingLibrary() noexcept { return last.missing; }
 
 void oBMFILTER::SetProgressInd(oPROGRESSBM* progress)
 {
@@ -331,7 +323,9 @@ oFILTER_STATUS oBMFILTER::CheckStream(vARCHIVE& in)
         return LastStatus();
     if (!in.IsStream())
         return SetStatus(oFILTER_FAILED);
-    const recorded_conversion recorded(*module, static_cast<vSTREAM&>(in), nullptr, nullptr);
+    bitmap_conversion work{*module, static_cast<vSTREAM&>(in)};
+    const redirected_stream redirected(work);
+    last = {oFILTER_OK, missing_library::none};
     file_info info{};
     const bool described = module->FileInfo(imaging::redirected_name, &info) == imaging_ok;
     return SetStatus(described ? oFILTER_OK : oFILTER_UNSUPPORTED);
@@ -350,12 +344,16 @@ oFILTER_STATUS oBMFILTER::Convert(vSTREAM& in, oDIB& out)
         const vSIZE wanted = GetResolution(resolution_);
         module->SetDimension(library_format_, wanted.Width(), wanted.Height());
     }
-    using access = recorded_conversion::file_access;
-    const recorded_conversion recorded(
-        *module, in, &out, progress(), by_name ? access::by_name : access::through_stream);
+    last = {oFILTER_OK, missing_library::none};
+    bitmap_conversion work{*module, in, &out, progress()};
+    std::optional<redirected_stream> redirected;
+    if (by_name)
+        access_files(*module);
+    else
+        redirected.emplace(work);
     const closed_stream closed(library_format_ == imaging::format_flashpix ? &in : nullptr);
-    conversion.status = load_image(*module, name(), library_format_ == imaging::format_photoshop);
-    return SetStatus(conversion.status);
+    last.status = load_image(work, name(), library_format_ == imaging::format_photoshop);
+    return SetStatus(last.status);
 }
 
 oFILTER_STATUS oBMFILTER::ConvertBitmap(oDIB& in, vSTREAM& out, std::uint16_t format)
@@ -367,12 +365,14 @@ oFILTER_STATUS oBMFILTER::ConvertBitmap(oDIB& in, vSTREAM& out, std::uint16_t fo
         progress()->oStart();
         progress()->oFullScale(static_cast<std::uint32_t>(std::max(in.Height(), 0)));
     }
-    const recorded_conversion recorded(*module, out, &in, progress());
-    const bool saved = save_image(*module, in, format);
+    last = {oFILTER_OK, missing_library::none};
+    bitmap_conversion work{*module, out, &in, progress()};
+    const redirected_stream redirected(work);
+    const bool saved = save_image(work, format);
     if (saved && progress())
         progress()->oTerminate();
-    conversion.status = saved ? oFILTER_OK : oFILTER_FAILED;
-    return SetStatus(conversion.status);
+    last.status = saved ? oFILTER_OK : oFILTER_FAILED;
+    return SetStatus(last.status);
 }
 
 oFILTER_STATUS oBMFILTER::Convert(vARCHIVE* in, vARCHIVE* out)

@@ -36,7 +36,8 @@ public:
     /// The resolution that Convert reads.
     virtual void SetResolution(std::uint32_t index) { resolution_ = index; }
 
-    /// Why the last reading or writing of any bitmap filter through the imaging library could not even begin.
+    /// Why the last reading or writing of any bitmap filter of this thread through the imaging library could
+    /// not even begin.
     static missing_library MissingLibrary() noexcept;
 
     using oFILTER::SetProgressInd;

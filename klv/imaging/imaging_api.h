@@ -6,6 +6,8 @@
 
 /// The interface of the raster imaging module: the records and entry points by which the library reaches it.
 /// The module is loaded by name; nothing of it is linked. Every function answers imaging_ok (1) on success.
+/// Threads may call it at the same time, each with bitmaps and streams of its own: what L_RedirectIO and
+/// L_SetDimension choose holds for the thread that calls them.
 namespace klv::imaging {
 
 /// The names under which the module is asked for.
@@ -99,7 +101,7 @@ using save_callback = std::int32_t (*)(
     const bitmap_handle& bitmap, std::uint8_t* band, std::int32_t row, std::int32_t lines, void* user);
 
 extern "C" {
-// Kernel. Null callbacks turn redirection off: names are file names then.
+// Kernel. Null callbacks turn this thread's redirection off: names are file names then.
 using L_RedirectIO_t = std::int32_t (*)(
     open_callback, read_callback, write_callback, seek_callback, close_callback, void* user);
 using L_InitBitmap_t
@@ -127,8 +129,8 @@ using L_SaveFile_t = std::int32_t (*)(const char* name, bitmap_handle*, std::uin
 /// stored.
 using L_EnumDimensions_t
     = std::int32_t (*)(const char* name, std::uint16_t format, dimension* table, std::uint32_t* count);
-/// Chooses the resolution that files of the format are described and read in from now on: the smallest that
-/// is not smaller, else the largest. 0 by 0 leaves the choice to the format.
+/// Chooses the resolution that this thread describes and reads files of the format in from now on: the
+/// smallest that is not smaller, else the largest. 0 by 0 leaves the choice to the format.
 using L_SetDimension_t = std::int32_t (*)(std::uint16_t format, std::int32_t width, std::int32_t height);
 }
 

@@ -15,7 +15,10 @@ namespace klv::imaging {
 
 namespace {
 
-redirection redirected;
+// What L_RedirectIO and L_SetDimension choose holds for the thread that calls them.
+constinit thread_local redirection redirected;
+constinit thread_local dimension wanted_of_photo_cd{};
+constinit thread_local dimension wanted_of_flashpix{};
 
 std::int64_t line_bytes(std::int32_t width, std::int32_t bits)
 {
@@ -56,12 +59,9 @@ template <class Operation> std::int32_t guarded(Operation operation) noexcept
     }
 }
 
-/// What L_SetDimension asked for.
 dimension& wanted_of_format(std::uint16_t format)
 {
-    static dimension photo_cd{};
-    static dimension flashpix{};
-    return format == format_photo_cd ? photo_cd : flashpix;
+    return format == format_photo_cd ? wanted_of_photo_cd : wanted_of_flashpix;
 }
 
 imaging_result describe(const codec& format, image_io& in, file_info& info)

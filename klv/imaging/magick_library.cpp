@@ -4,6 +4,7 @@
 #include <csetjmp>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 
 #include <dlfcn.h>
 
@@ -26,10 +27,15 @@ constexpr int as_usual = 0;
 /// Room for the exception record that the library wants to be given.
 constexpr std::size_t exception_bytes = 512;
 
-/// Where the library goes instead of ending the process. One for the process, as the library is.
-std::jmp_buf behind_fatal_error;
-bool in_library = false;
+/// Held while the library works: how much memory it may take is said for the process.
+constinit std::mutex one_at_a_time;
+/// Once it has gone wrong there is no second time.
 bool gave_up = false;
+
+/// Where the library goes instead of ending the process. The handler hears of fatal errors in every thread
+/// that uses the library, also of those that the module knows nothing of.
+thread_local std::jmp_buf behind_fatal_error;
+constinit thread_local bool in_library = false;
 
 void on_fatal_error(int, const char*, const char*)
 {
@@ -39,7 +45,7 @@ void on_fatal_error(int, const char*, const char*)
 }
 
 /// Runs step(state), which must not own anything in its frames; false when the library gave up, now or
-/// before.
+/// before. One at a time in the process.
 template <class State> [[nodiscard]] bool guarded(void (*step)(State&), State& state)
 {
     if (gave_up)
@@ -142,6 +148,7 @@ bool magick_library::load()
 
 const magick_library* magick_library::get()
 {
+    const std::scoped_lock lock(one_at_a_time);
     static magick_library library;
     static bool loaded = false;
     loaded = loaded || library.load();
@@ -151,6 +158,7 @@ const magick_library* magick_library::get()
 imaging_result magick_library::convert(const char* from, std::span<const std::uint8_t> in, dimension size,
     const char* to, int compression, std::vector<std::uint8_t>& out) const
 {
+    const std::scoped_lock lock(one_at_a_time);
     conversion work{call_, from, in, size, to, compression};
     if (!guarded(conversion::run, work))
         return imaging_no_memory;

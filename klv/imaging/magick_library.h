@@ -15,6 +15,7 @@ namespace klv::imaging {
 ///
 /// What the library calls a fatal error, small allocations that fail above all, would end the process. It is
 /// left behind there, as it is, and never called again: every later conversion answers imaging_no_memory.
+/// Threads convert one after the other.
 class magick_library {
 public:
     /// The library, loaded and started on the first call; null when it is not installed.

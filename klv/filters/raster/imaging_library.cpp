@@ -2,13 +2,13 @@
 
 #include "klv/platform/module_table.h"
 
-#include <new>
+#include <optional>
 
 namespace klv {
 
 namespace {
 
-BMINTERFACE* current = nullptr;
+constinit thread_local std::optional<BMINTERFACE> current;
 
 template <class Function> void look_up(HMODULE module, const char* name, Function& function)
 {
@@ -19,22 +19,12 @@ template <class Function> void look_up(HMODULE module, const char* name, Functio
 
 const BMINTERFACE* BMINTERFACE::get() noexcept
 {
-    if (current)
-        return current;
-    auto* made = new (std::nothrow) BMINTERFACE;
-    if (!made || !made->load()) {
-        delete made;
-        return nullptr;
-    }
-    current = made;
-    return current;
+    if (!current && !current.emplace().load())
+        current.reset();
+    return current ? &*current : nullptr;
 }
 
-void BMINTERFACE::discard() noexcept
-{
-    delete current;
-    current = nullptr;
-}
+void BMINTERFACE::discard() noexcept { current.reset(); }
 
 bool BMINTERFACE::load() noexcept
 {

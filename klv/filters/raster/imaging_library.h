@@ -12,8 +12,9 @@ enum class missing_library : int {
     format_library, ///< the library by which the module serves the format
 };
 
-/// The imaging module as the bitmap filters see it: its module handles and entry points. One record for the
-/// process, made when a conversion needs it and discarded with any bitmap filter; the modules stay loaded.
+/// The imaging module as the bitmap filters see it: its module handles and entry points. One record for each
+/// thread, made when a conversion needs it and discarded with any bitmap filter of the thread; the modules
+/// stay loaded.
 class BMINTERFACE {
 public:
     /// The record, made on first use. Null when the module is not there; the next call tries again.
