@@ -13,11 +13,13 @@
 #include "klv/filters/wmf/wmf_filter.h"
 #include "klv/streams/stream.h"
 
+#include <atomic>
 #include <memory>
 
 namespace klv {
 
-/// The filters, linked through themselves in the order of probing, which is the order of their making.
+/// The filters of one thread, linked through themselves in the order of probing, which is the order of their
+/// making.
 class oFILTERLISTINSTANCE : public vOBJECT {
 public:
     oFILTERLISTINSTANCE();
@@ -29,18 +31,25 @@ public:
     static oFILTER* next(const oFILTER* filter) { return filter->next_; }
     std::uint16_t count() const { return count_; }
 
-    static oFILTERLISTINSTANCE* instance;
-    std::uint16_t handles = 0;
+    /// Those of this thread, made when they are first asked for while there is a handle; else null.
+    static oFILTERLISTINSTANCE* instance() noexcept;
+    /// A handle appears, or one goes.
+    static void add_handle() noexcept { ++handles; }
+    static void remove_handle() noexcept;
 
 private:
     template <typename Filter> void append();
+
+    static std::atomic<std::uint32_t> handles;
+    static thread_local std::unique_ptr<oFILTERLISTINSTANCE> of_thread;
 
     oFILTER* first_ = nullptr;
     oFILTER* last_ = nullptr;
     std::uint16_t count_ = 0;
 };
 
-oFILTERLISTINSTANCE* oFILTERLISTINSTANCE::instance = nullptr;
+constinit std::atomic<std::uint32_t> oFILTERLISTINSTANCE::handles = 0;
+constinit thread_local std::unique_ptr<oFILTERLISTINSTANCE> oFILTERLISTINSTANCE::of_thread;
 
 oFILTERLISTINSTANCE::oFILTERLISTINSTANCE()
 {
@@ -66,6 +75,22 @@ oFILTERLISTINSTANCE::~oFILTERLISTINSTANCE()
     }
 }
 
+oFILTERLISTINSTANCE* oFILTERLISTINSTANCE::instance() noexcept
+{
+    if (handles == 0)
+        of_thread.reset();
+    else if (!of_thread)
+        of_thread.reset(new oFILTERLISTINSTANCE);
+    return of_thread.get();
+}
+
+// The filters of other threads go when those threads ask again or end.
+void oFILTERLISTINSTANCE::remove_handle() noexcept
+{
+    if (--handles == 0)
+        of_thread.reset();
+}
+
 template <typename Filter> void oFILTERLISTINSTANCE::append()
 {
     oFILTER* const filter = new Filter;
@@ -81,7 +106,7 @@ namespace {
 
 template <typename Accepts> oFILTER* find_filter(Accepts accepts)
 {
-    const auto* list = oFILTERLISTINSTANCE::instance;
+    const auto* list = oFILTERLISTINSTANCE::instance();
     for (oFILTER* filter = list ? list->first() : nullptr; filter; filter = oFILTERLISTINSTANCE::next(filter))
         if (accepts(*filter))
             return filter;
@@ -105,28 +130,14 @@ oFILTER* recognise(vSTREAM& stream)
 
 } // namespace
 
-oFILTERLIST::oFILTERLIST()
-{
-    auto*& instance = oFILTERLISTINSTANCE::instance;
-    if (!instance)
-        instance = new oFILTERLISTINSTANCE;
-    if (instance)
-        ++instance->handles;
-}
+oFILTERLIST::oFILTERLIST() { oFILTERLISTINSTANCE::add_handle(); }
 
 oFILTERLIST::oFILTERLIST(const oFILTERLIST&)
     : oFILTERLIST()
 {
 }
 
-oFILTERLIST::~oFILTERLIST()
-{
-    auto*& instance = oFILTERLISTINSTANCE::instance;
-    if (!instance || --instance->handles != 0)
-        return;
-    delete instance;
-    instance = nullptr;
-}
+oFILTERLIST::~oFILTERLIST() { oFILTERLISTINSTANCE::remove_handle(); }
 
 oFILTER_TYPE oFILTERLIST::GetFilter(vSTREAM* stream, oFILTER** filter)
 {
@@ -138,7 +149,7 @@ oFILTER_TYPE oFILTERLIST::GetFilter(vSTREAM* stream, oFILTER** filter)
 
 std::uint16_t oFILTERLIST::GetNoItems()
 {
-    const auto* list = oFILTERLISTINSTANCE::instance;
+    const auto* list = oFILTERLISTINSTANCE::instance();
     return list ? list->count() : std::uint16_t{0};
 }
 

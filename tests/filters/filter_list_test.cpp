@@ -5,6 +5,8 @@
 
 #include "tests/filters/wmf_builder.h"
 
+#include <thread>
+
 #include <gtest/gtest.h>
 
 namespace klv {
@@ -55,6 +57,23 @@ TEST(FilterList, ChoosesByExtensionThenByContents)
         }
         EXPECT_EQ(stream.CurrentPos(), 0u) << c.name;
     }
+}
+
+TEST(FilterList, GivesEachThreadFiltersOfItsOwn)
+{
+    const auto wmf_filter = [] {
+        vMEMSTREAM name{vSTRING(".WMF")};
+        oFILTER* filter = nullptr;
+        oFILTERLIST::GetFilter(&name, &filter);
+        return filter;
+    };
+    const oFILTERLIST filters;
+    const oFILTER* const mine = wmf_filter();
+    std::thread([&] {
+        const oFILTER* const of_other = wmf_filter();
+        EXPECT_NE(of_other, nullptr) << "one handle serves all threads";
+        EXPECT_NE(of_other, mine);
+    }).join();
 }
 
 TEST(FilterList, KeepsTheOrderOfProbing)
