@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <mutex>
+#include <new>
 
 namespace klv {
 
@@ -73,70 +75,53 @@ std::uint64_t surface_bytes(const rendering_place& place)
         * static_cast<std::uint64_t>(place.height);
 }
 
-class cache_instance : public vOBJECT {
-public:
-    vDEVICE* draw(std::uint32_t id, vDEVICE& device, const oIMGCONTEXT& context, std::int32_t limit) noexcept;
-
+/// The rendered images that all handles share. Items are in the use of one thread at a time, as their images
+/// are; one that is evicted meanwhile lives until its thread has done with it.
+struct shared_cache {
+    std::mutex guard;
+    std::uint32_t handles = 0;
     image_cache_store store;
-    std::uint16_t handles = 0;
-
-private:
-    vDEVICE* finish_rendering(vDEVICE& device, const rendering_place& place) noexcept;
-    vDEVICE* start_rendering(
-        std::uint32_t id, vDEVICE& device, const oIMGCONTEXT& context, const rendering_place& place) noexcept;
-    image_cache_item* item_for(
-        std::uint32_t id, const oIMGCONTEXT& context, const rendering_place& place) noexcept;
-
-    /// The item that a caller is drawing on; not in the store before it is complete.
-    std::unique_ptr<image_cache_item> rendering_;
-    std::uint32_t rendering_id_ = 0;
 };
 
-cache_instance* instance = nullptr;
-/// Set while the caller draws directly onto the device it asked for.
-bool pass_through = false;
+shared_cache& cache()
+{
+    // Never destroyed: handles may be static objects. The last one leaves an empty store.
+    alignas(shared_cache) static std::byte place[sizeof(shared_cache)];
+    static auto* const made = ::new (place) shared_cache;
+    return *made;
+}
+
+/// What a thread is drawing.
+struct drawing {
+    /// The thread draws directly onto the device that it asked for.
+    bool pass_through = false;
+    /// The item that it is drawing on; not in the store before it is complete.
+    std::shared_ptr<image_cache_item> item;
+    std::uint32_t id = 0;
+};
+thread_local drawing current;
 
 vDEVICE* draw_directly(vDEVICE& device)
 {
-    pass_through = true;
+    current.pass_through = true;
     return &device;
 }
 
-vDEVICE* cache_instance::draw(
-    std::uint32_t id, vDEVICE& device, const oIMGCONTEXT& context, std::int32_t limit) noexcept
-{
-    const vDEV_TYPE type = device.DeviceType();
-    if (type != vDEV_DISPLAY && type != vDEV_BITMAP)
-        return draw_directly(device);
-    const rendering_place place(device, context, limit);
-    if (place.empty())
-        return draw_directly(device);
-    if (rendering_ && rendering_->surface.get() == &device)
-        return draw_directly(device); // an image within the image
-    if (rendering_ && rendering_id_ == id && *rendering_->context == context)
-        return finish_rendering(device, place);
-    rendering_.reset(); // left unfinished by its caller
-    if (image_cache_item* const item = item_for(id, context, place)) {
-        item->surface->Draw(device, place.area);
-        return nullptr;
-    }
-    return start_rendering(id, device, context, place);
-}
-
-image_cache_item* cache_instance::item_for(
+std::shared_ptr<image_cache_item> item_for(
     std::uint32_t id, const oIMGCONTEXT& context, const rendering_place& place) noexcept
 {
-    image_cache_store::group* const group = store.find(id);
+    const std::scoped_lock lock(cache().guard);
+    image_cache_store::group* const group = cache().store.find(id);
     if (!group)
         return nullptr;
     for (const auto& item : group->items)
         if (item->surface->Size() == vRECT(0, 0, place.width, place.height)
             && item->context->CompareRenderInfo(context, 0))
-            return item.get();
+            return item;
     return nullptr;
 }
 
-vDEVICE* cache_instance::start_rendering(
+vDEVICE* start_rendering(
     std::uint32_t id, vDEVICE& device, const oIMGCONTEXT& context, const rendering_place& place) noexcept
 {
     std::unique_ptr<oIMGCONTEXT> kept_context(context.Duplicate());
@@ -144,16 +129,19 @@ vDEVICE* cache_instance::start_rendering(
     if (!kept_context || !surface)
         return draw_directly(device);
     vDISPLAYBMP* const target = surface.get();
-    rendering_.reset(new image_cache_item(std::move(kept_context), std::move(surface), surface_bytes(place)));
-    if (!rendering_)
+    try {
+        current.item = std::allocate_shared<image_cache_item>(vALLOCATOR<image_cache_item>(),
+            std::move(kept_context), std::move(surface), surface_bytes(place));
+    } catch (const std::bad_alloc&) {
         return draw_directly(device);
-    rendering_id_ = id;
+    }
+    current.id = id;
     return target;
 }
 
-vDEVICE* cache_instance::finish_rendering(vDEVICE& device, const rendering_place& place) noexcept
+vDEVICE* finish_rendering(vDEVICE& device, const rendering_place& place) noexcept
 {
-    vDISPLAYBMP& surface = *rendering_->surface;
+    vDISPLAYBMP& surface = *current.item->surface;
     // Where two surfaces make the transparency, the same picture goes onto the second one.
     if (surface.IsDualSurfaced() && surface.QyIsRendered() == vBMP_NOT_RENDERED
         && surface.SwitchSurface(vSURFACE_SECOND)) {
@@ -164,18 +152,47 @@ vDEVICE* cache_instance::finish_rendering(vDEVICE& device, const rendering_place
     surface.SetRendered(vBMP_RENDERED);
     surface.SetRenderedArea(place.area);
     surface.Draw(device, place.area);
-    store.add(rendering_id_, std::move(rendering_), cache_budget());
+    const std::shared_ptr<image_cache_item> complete = std::move(current.item);
+    const std::uint64_t budget = cache_budget();
+    const std::scoped_lock lock(cache().guard);
+    if (cache().handles != 0)
+        cache().store.add(current.id, complete, budget);
     return nullptr;
+}
+
+vDEVICE* draw_cached(
+    std::uint32_t id, vDEVICE& device, const oIMGCONTEXT& context, std::int32_t limit) noexcept
+{
+    const vDEV_TYPE type = device.DeviceType();
+    if (type != vDEV_DISPLAY && type != vDEV_BITMAP)
+        return draw_directly(device);
+    const rendering_place place(device, context, limit);
+    if (place.empty())
+        return draw_directly(device);
+    if (current.item && current.item->surface.get() == &device)
+        return draw_directly(device); // an image within the image
+    if (current.item && current.id == id && *current.item->context == context)
+        return finish_rendering(device, place);
+    current.item.reset(); // left unfinished by its caller
+    if (const auto item = item_for(id, context, place)) {
+        item->surface->Draw(device, place.area);
+        return nullptr;
+    }
+    return start_rendering(id, device, context, place);
+}
+
+bool has_handles()
+{
+    const std::scoped_lock lock(cache().guard);
+    return cache().handles != 0;
 }
 
 } // namespace
 
 vIMAGECACHE::vIMAGECACHE() noexcept
 {
-    if (!instance)
-        instance = new cache_instance;
-    if (instance)
-        ++instance->handles;
+    const std::scoped_lock lock(cache().guard);
+    ++cache().handles;
 }
 
 vIMAGECACHE::vIMAGECACHE(const vIMAGECACHE&) noexcept
@@ -185,39 +202,39 @@ vIMAGECACHE::vIMAGECACHE(const vIMAGECACHE&) noexcept
 
 vIMAGECACHE::~vIMAGECACHE()
 {
-    if (!instance || --instance->handles != 0)
-        return;
-    delete instance;
-    instance = nullptr;
+    const std::scoped_lock lock(cache().guard);
+    if (--cache().handles == 0)
+        cache().store.clear();
 }
 
 vDEVICE* vIMAGECACHE::Draw(
     std::uint32_t id, vDEVICE& device, const oIMGCONTEXT& context, std::int32_t limit) noexcept
 {
-    if (pass_through) {
-        pass_through = false;
+    if (current.pass_through) {
+        current.pass_through = false;
         return nullptr;
     }
-    if (!instance)
+    if (!has_handles())
         return draw_directly(device);
-    return instance->draw(id, device, context, limit < 0 ? default_limit : limit);
+    return draw_cached(id, device, context, limit < 0 ? default_limit : limit);
 }
 
 void vIMAGECACHE::Clear(std::uint32_t id) noexcept
 {
-    if (instance)
-        instance->store.remove(id);
+    const std::scoped_lock lock(cache().guard);
+    cache().store.remove(id);
 }
 
 void vIMAGECACHE::ClearAll() noexcept
 {
-    if (instance)
-        instance->store.clear();
+    const std::scoped_lock lock(cache().guard);
+    cache().store.clear();
 }
 
 int vIMAGECACHE::LockItem(std::uint32_t id, int lock) noexcept
 {
-    image_cache_store::group* const group = instance ? instance->store.find(id) : nullptr;
+    const std::scoped_lock held(cache().guard);
+    image_cache_store::group* const group = cache().store.find(id);
     if (!group)
         return 0;
     group->locked = lock != 0;
@@ -228,7 +245,8 @@ int vIMAGECACHE::LockItem(std::uint32_t id, int lock) noexcept
 
 int vIMAGECACHE::LockItemImage(std::uint32_t id, std::uint32_t image, int lock) noexcept
 {
-    image_cache_store::group* const group = instance ? instance->store.find(id) : nullptr;
+    const std::scoped_lock held(cache().guard);
+    image_cache_store::group* const group = cache().store.find(id);
     if (!group || image >= group->items.size())
         return 0;
     (*std::next(group->items.begin(), image))->locked = lock != 0;
@@ -237,7 +255,8 @@ int vIMAGECACHE::LockItemImage(std::uint32_t id, std::uint32_t image, int lock) 
 
 int vIMAGECACHE::QyItemIsLocked(std::uint32_t id) noexcept
 {
-    const image_cache_store::group* const group = instance ? instance->store.find(id) : nullptr;
+    const std::scoped_lock held(cache().guard);
+    const image_cache_store::group* const group = cache().store.find(id);
     return group && group->locked;
 }
 

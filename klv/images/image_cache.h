@@ -10,7 +10,8 @@ class oIMGCONTEXT;
 class vDEVICE;
 
 /// A handle on the process-wide cache of rendered images. The first handle makes the cache and the last one
-/// deletes it; without a handle images are drawn directly. One thread uses it at a time.
+/// deletes it; without a handle images are drawn directly. Threads may draw at the same time, each its own
+/// images.
 class vIMAGECACHE : public vOBJECT {
 public:
     vIMAGECACHE() noexcept;

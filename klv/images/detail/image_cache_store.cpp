@@ -24,7 +24,7 @@ image_cache_item::~image_cache_item()
 }
 
 image_cache_item* image_cache_store::add(
-    std::uint32_t id, std::unique_ptr<image_cache_item> item, std::uint64_t budget) noexcept
+    std::uint32_t id, std::shared_ptr<image_cache_item> item, std::uint64_t budget) noexcept
 {
     if (!item || !fMakeRoomInCache(item->bytes, budget))
         return nullptr;

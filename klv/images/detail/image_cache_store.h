@@ -41,14 +41,14 @@ public:
         }
         std::uint32_t id;
         bool locked = false;
-        std::list<std::unique_ptr<image_cache_item>, vALLOCATOR<std::unique_ptr<image_cache_item>>> items;
+        std::list<std::shared_ptr<image_cache_item>, vALLOCATOR<std::shared_ptr<image_cache_item>>> items;
     };
     using group_list = std::list<group, vALLOCATOR<group>>;
 
     /// Makes room for an item of so many bytes and keeps it. Null, and a line on the debugger output, when
     /// there is no room: then the item is given up.
     image_cache_item* add(
-        std::uint32_t id, std::unique_ptr<image_cache_item> item, std::uint64_t budget) noexcept;
+        std::uint32_t id, std::shared_ptr<image_cache_item> item, std::uint64_t budget) noexcept;
     /// The group of an image, or null.
     [[nodiscard]] group* find(std::uint32_t id) noexcept;
     void remove(std::uint32_t id) noexcept;
