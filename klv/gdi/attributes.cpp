@@ -1,5 +1,7 @@
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/state/dc.h"
+#include "klv/gdi/state/context.h"
+
+#include <utility>
 
 namespace klv {
 
@@ -8,82 +10,80 @@ using namespace gdi;
 namespace {
 
 /// Sets a field whose values run from first to last. \return the old value, 0 when refused.
-INT set_mode(HDC handle, INT dc_state::*field, INT value, INT first, INT last)
+INT set_mode(HDC handle, setting what, INT drawing_state::*field, INT value, INT first, INT last)
 {
-    auto* dc = find_context(handle);
-    if (dc == nullptr || value < first || value > last)
-        return 0;
-    const INT old = dc->state.*field;
-    dc->state.*field = value;
-    return old;
+    return with_context(handle, [=](drawing_context& dc) {
+        if (value < first || value > last)
+            return 0;
+        const INT old = std::exchange(dc.state.*field, value);
+        dc.tell(what, value);
+        return old;
+    });
 }
 
-INT get_mode(HDC handle, INT dc_state::*field)
+COLORREF set_colour(HDC handle, setting what, COLORREF drawing_state::*field, COLORREF value)
+{
+    return with_context(handle, CLR_INVALID, [=](drawing_context& dc) {
+        const COLORREF old = std::exchange(dc.state.*field, value);
+        dc.tell(what, value);
+        return old;
+    });
+}
+
+template <class Value> Value get(HDC handle, Value drawing_state::*field, Value failed)
 {
     const auto* dc = find_context(handle);
-    return dc == nullptr ? 0 : dc->state.*field;
-}
-
-COLORREF set_colour(HDC handle, COLORREF dc_state::*field, COLORREF value)
-{
-    auto* dc = find_context(handle);
-    if (dc == nullptr)
-        return CLR_INVALID;
-    const COLORREF old = dc->state.*field;
-    dc->state.*field = value;
-    return old;
-}
-
-COLORREF get_colour(HDC handle, COLORREF dc_state::*field)
-{
-    const auto* dc = find_context(handle);
-    return dc == nullptr ? CLR_INVALID : dc->state.*field;
+    return dc == nullptr ? failed : dc->state.*field;
 }
 
 } // namespace
 
 INT SetBkMode(HDC dc, INT mode) noexcept
 {
-    return set_mode(dc, &dc_state::background_mode, mode, TRANSPARENT, OPAQUE);
+    return set_mode(dc, setting::background_mode, &drawing_state::background_mode, mode, TRANSPARENT, OPAQUE);
 }
-INT GetBkMode(HDC dc) noexcept { return get_mode(dc, &dc_state::background_mode); }
+INT GetBkMode(HDC dc) noexcept { return get(dc, &drawing_state::background_mode, 0); }
 COLORREF SetBkColor(HDC dc, COLORREF colour) noexcept
 {
-    return set_colour(dc, &dc_state::background_colour, colour);
+    return set_colour(dc, setting::background_colour, &drawing_state::background_colour, colour);
 }
-COLORREF GetBkColor(HDC dc) noexcept { return get_colour(dc, &dc_state::background_colour); }
+COLORREF GetBkColor(HDC dc) noexcept { return get(dc, &drawing_state::background_colour, CLR_INVALID); }
 COLORREF SetTextColor(HDC dc, COLORREF colour) noexcept
 {
-    return set_colour(dc, &dc_state::text_colour, colour);
+    return set_colour(dc, setting::text_colour, &drawing_state::text_colour, colour);
 }
-COLORREF GetTextColor(HDC dc) noexcept { return get_colour(dc, &dc_state::text_colour); }
-INT SetROP2(HDC dc, INT mode) noexcept { return set_mode(dc, &dc_state::rop2, mode, R2_BLACK, R2_WHITE); }
-INT GetROP2(HDC dc) noexcept { return get_mode(dc, &dc_state::rop2); }
+COLORREF GetTextColor(HDC dc) noexcept { return get(dc, &drawing_state::text_colour, CLR_INVALID); }
+INT SetROP2(HDC dc, INT mode) noexcept
+{
+    return set_mode(dc, setting::mix_mode, &drawing_state::rop2, mode, R2_BLACK, R2_WHITE);
+}
+INT GetROP2(HDC dc) noexcept { return get(dc, &drawing_state::rop2, 0); }
 INT SetPolyFillMode(HDC dc, INT mode) noexcept
 {
-    return set_mode(dc, &dc_state::fill_mode, mode, ALTERNATE, WINDING);
+    return set_mode(dc, setting::fill_mode, &drawing_state::fill_mode, mode, ALTERNATE, WINDING);
 }
-INT GetPolyFillMode(HDC dc) noexcept { return get_mode(dc, &dc_state::fill_mode); }
+INT GetPolyFillMode(HDC dc) noexcept { return get(dc, &drawing_state::fill_mode, 0); }
 INT SetStretchBltMode(HDC dc, INT mode) noexcept
 {
-    return set_mode(dc, &dc_state::stretch_mode, mode, BLACKONWHITE, HALFTONE);
+    return set_mode(dc, setting::stretch_mode, &drawing_state::stretch_mode, mode, BLACKONWHITE, HALFTONE);
 }
-INT GetStretchBltMode(HDC dc) noexcept { return get_mode(dc, &dc_state::stretch_mode); }
+INT GetStretchBltMode(HDC dc) noexcept { return get(dc, &drawing_state::stretch_mode, 0); }
 INT SetArcDirection(HDC dc, INT direction) noexcept
 {
-    return set_mode(dc, &dc_state::arc_direction, direction, AD_COUNTERCLOCKWISE, AD_CLOCKWISE);
+    return set_mode(dc, setting::arc_direction, &drawing_state::arc_direction, direction, AD_COUNTERCLOCKWISE,
+        AD_CLOCKWISE);
 }
-INT GetArcDirection(HDC dc) noexcept { return get_mode(dc, &dc_state::arc_direction); }
+INT GetArcDirection(HDC dc) noexcept { return get(dc, &drawing_state::arc_direction, 0); }
 
 BOOL SetBrushOrgEx(HDC handle, INT x, INT y, POINT* old) noexcept
 {
-    auto* dc = find_context(handle);
-    if (dc == nullptr)
-        return FALSE;
-    if (old != nullptr)
-        *old = dc->state.brush_origin;
-    dc->state.brush_origin = {x, y};
-    return TRUE;
+    return with_context(handle, [=](drawing_context& dc) -> BOOL {
+        if (old != nullptr)
+            *old = dc.state.brush_origin;
+        dc.state.brush_origin = {x, y};
+        dc.tell(setting::brush_origin, x, y);
+        return TRUE;
+    });
 }
 
 BOOL GetBrushOrgEx(HDC handle, POINT* origin) noexcept

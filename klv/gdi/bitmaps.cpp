@@ -1,7 +1,7 @@
 #include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/dib_source.h"
-#include "klv/gdi/raster/pixel_converter.h"
 #include "klv/gdi/raster/pixel_rows.h"
+#include "klv/gdi/state/context.h"
 #include "klv/gdi/state/screen.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ INT bitmap_object::describe(INT size, void* buffer) const
 {
     DIBSECTION d{};
     d.dsBm = {0, pixels.width, pixels.height, static_cast<LONG>(std::abs(pixels.stride)), 1,
-        static_cast<WORD>(pixels.bits), section ? first : nullptr};
+        static_cast<WORD>(pixels.bits), section ? memory.first() : nullptr};
     if (!section || (buffer != nullptr && size < static_cast<INT>(sizeof d)))
         return copy_description(&d.dsBm, sizeof d.dsBm, size, buffer);
     d.dsBmih.biSize = sizeof d.dsBmih;
@@ -34,11 +34,28 @@ INT bitmap_object::describe(INT size, void* buffer) const
     return copy_description(&d, sizeof d, size, buffer);
 }
 
+std::shared_ptr<bitmap_object> new_bitmap(std::int32_t width, std::int32_t height, int bits, bool bottom_up)
+{
+    auto bitmap = std::make_shared<bitmap_object>();
+    bitmap->pixels = bitmap->memory.make(width, height, bits, bottom_up);
+    bitmap->top_down = !bottom_up;
+    return bitmap->pixels.top == nullptr ? nullptr : bitmap;
+}
+
 namespace {
 
 bool is_depth(UINT bits)
 {
     return bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
+}
+
+/// The colours that the screen's bitmaps of a depth have; they share the screen's own.
+std::shared_ptr<colour_table> device_table(int bits)
+{
+    if (bits > 8)
+        return nullptr;
+    const std::lock_guard lock(screen_mutex());
+    return bits == 8 && the_screen().table ? the_screen().table : default_colour_table(bits);
 }
 
 /// A device-dependent bitmap: monochrome, or with the screen's colours.
@@ -47,12 +64,8 @@ std::shared_ptr<bitmap_object> new_device_bitmap(INT width, INT height, int bits
     auto bitmap = new_bitmap(width, height, bits, false);
     if (!bitmap)
         return nullptr;
-    surface& s = bitmap->pixels;
-    s.monochrome = bits == 1;
-    if (bits == 8 && the_screen().table)
-        s.table = the_screen().table;
-    else if (bits <= 8)
-        s.table = default_colour_table(bits);
+    bitmap->pixels.monochrome = bits == 1;
+    bitmap->pixels.table = device_table(bits);
     return bitmap;
 }
 
@@ -213,13 +226,8 @@ HBITMAP CreateBitmapIndirect(const BITMAP* b) noexcept
 
 HBITMAP CreateCompatibleBitmap(HDC handle, INT width, INT height) noexcept
 {
-    return guarded([&]() -> HBITMAP {
-        const auto* dc = find_context(handle);
-        if (dc == nullptr)
-            return nullptr;
-        if (dc->context == context_kind::screen)
-            return handle_for(new_device_bitmap(width, height, the_screen().bits));
-        const surface& like = dc->state.bitmap->pixels;
+    return with_context(handle, [=](drawing_context& dc) -> HBITMAP {
+        const surface like = dc.out->format(dc.state);
         const auto bitmap = new_device_bitmap(width, height, like.bits);
         if (bitmap) {
             bitmap->pixels.masks = like.masks;
@@ -261,10 +269,10 @@ HBITMAP CreateDIBSection(
         bitmap->pixels.masks = layout.masks;
         if (layout.bits <= 8) {
             bitmap->pixels.table = std::make_shared<colour_table>();
-            read_colour_table(info, layout, usage, find_context(handle), *bitmap->pixels.table);
+            read_colour_table(info, layout, usage, palette_of(find_context(handle)), *bitmap->pixels.table);
         }
         if (bits != nullptr)
-            *bits = bitmap->first;
+            *bits = bitmap->memory.first();
         return handle_for(bitmap);
     });
 }
@@ -321,7 +329,7 @@ LONG GetBitmapBits(HBITMAP handle, LONG size, void* bits) noexcept
 LONG SetBitmapBits(HBITMAP handle, DWORD size, const void* bits) noexcept
 {
     const auto* bitmap = find<bitmap_object>(handle);
-    if (bitmap == nullptr || bits == nullptr)
+    if (bitmap == nullptr || bitmap->stock || bits == nullptr)
         return 0;
     const surface& s = bitmap->pixels;
     const std::size_t bytes
@@ -374,9 +382,9 @@ INT SetDIBits(HDC dc, HBITMAP handle, UINT start, UINT lines, const void* bits, 
         const auto* bitmap = find<bitmap_object>(handle);
         dib_source source;
         constexpr UINT most_lines = 1 << 30;
-        if (bitmap == nullptr
-            || !source.open(
-                info, bits, usage, find_context(dc), static_cast<INT>(std::min(lines, most_lines))))
+        if (bitmap == nullptr || bitmap->stock
+            || !source.open(info, bits, usage, palette_of(find_context(dc)),
+                static_cast<INT>(std::min(lines, most_lines))))
             return 0;
         const surface& s = bitmap->pixels;
         const surface& from = source.pixels();

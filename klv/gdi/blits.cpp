@@ -1,76 +1,21 @@
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/raster/blitter.h"
 #include "klv/gdi/raster/dib_source.h"
+#include "klv/gdi/raster/rop3.h"
+#include "klv/gdi/state/context.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace klv {
 
 using namespace gdi;
 
-namespace {
-
-/// A logical rectangle of signed extents in device units, its direction kept.
-struct device_extent {
-    std::int32_t x, y, width, height;
-
-    device_extent(const drawing_context& dc, INT left, INT top, INT w, INT h)
-    {
-        const auto sum = [](INT a, INT b) {
-            return static_cast<INT>(std::clamp<std::int64_t>(std::int64_t{a} + b, INT32_MIN, INT32_MAX));
-        };
-        const RECT r = dc.state.map.to_device(RECT{left, top, sum(left, w), sum(top, h)});
-        const auto extent = [](INT from, INT to) {
-            return static_cast<INT>(std::clamp<std::int64_t>(std::int64_t{to} - from, -INT32_MAX, INT32_MAX));
-        };
-        x = r.left;
-        y = r.top;
-        width = extent(r.left, r.right);
-        height = extent(r.top, r.bottom);
-    }
-};
-
-bool set_axes(blit& job, const device_extent& to, const device_extent& from)
-{
-    return job.x.set(to.x, to.width, from.x, from.width) && job.y.set(to.y, to.height, from.y, from.height);
-}
-
-struct dib_rectangle {
-    INT x, y, width, height;
-};
-
-/// A rectangle of a bitmap in memory, given from its lower left corner when the bitmap is bottom-up.
-BOOL blit_dib(drawing_context& dc, const device_extent& to, const dib_rectangle& from,
-    const dib_source& source, DWORD rop)
-{
-    const dib_layout& layout = source.layout();
-    blit job;
-    job.source = &source.pixels();
-    job.operation = rop3(rop);
-    const std::int64_t top = layout.top_down ? from.y : std::int64_t{layout.height} - from.y - from.height;
-    const auto clamped
-        = [](std::int64_t v) { return static_cast<INT>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX)); };
-    if (!job.x.set(to.x, to.width, from.x, from.width)
-        || !job.y.set(to.y, to.height, clamped(top), from.height))
-        return FALSE;
-    run_blit(dc, job);
-    return TRUE;
-}
-
-} // namespace
-
 BOOL PatBlt(HDC handle, INT x, INT y, INT width, INT height, DWORD rop) noexcept
 {
-    return guarded([&]() -> BOOL {
-        auto* dc = find_context(handle);
-        const rop3 operation(rop);
-        if (dc == nullptr || operation.uses_source())
+    return with_context(handle, [=](drawing_context& dc) -> BOOL {
+        if (rop3(rop).uses_source())
             return FALSE;
-        const device_extent to(*dc, x, y, width, height);
-        const auto end = [](INT a, INT b) {
-            return static_cast<INT>(std::clamp<std::int64_t>(std::int64_t{a} + b, INT32_MIN, INT32_MAX));
-        };
-        run_pattern_blit(*dc, ordered_box(to.x, to.y, end(to.x, to.width), end(to.y, to.height)), operation);
+        dc.out->fill(dc.state, pattern_block{{x, y, width, height}, rop});
         return TRUE;
     });
 }
@@ -84,23 +29,20 @@ BOOL BitBlt(
 BOOL StretchBlt(HDC handle, INT x, INT y, INT width, INT height, HDC source_handle, INT x_source,
     INT y_source, INT source_width, INT source_height, DWORD rop) noexcept
 {
-    return guarded([&]() -> BOOL {
-        auto* dc = find_context(handle);
+    if (!rop3(rop).uses_source())
+        return PatBlt(handle, x, y, width, height, rop);
+    return with_context(handle, [=](drawing_context& dc) -> BOOL {
         auto* source = find_context(source_handle);
-        const rop3 operation(rop);
-        if (!operation.uses_source())
-            return PatBlt(handle, x, y, width, height, rop);
-        if (dc == nullptr || source == nullptr)
+        if (source == nullptr)
             return FALSE;
-        blit job;
-        const device_extent from(*source, x_source, y_source, source_width, source_height);
-        if (!set_axes(job, device_extent(*dc, x, y, width, height), from))
+        const shared_surface_lock lock(*source);
+        const surface* pixels = source->out->pixels(source->state);
+        if (pixels == nullptr)
             return FALSE;
-        job.source = &source->target();
-        job.source_background = resolve_colour(*source, source->state.background_colour);
-        job.operation = operation;
-        run_blit(*dc, job);
-        return TRUE;
+        const block from
+            = source->state.map.to_device(block{x_source, y_source, source_width, source_height});
+        const rgb background = resolve_colour(source->state, source->state.background_colour);
+        return dc.out->copy(dc.state, context_block{{x, y, width, height}, *pixels, from, background, rop});
     });
 }
 
@@ -108,50 +50,31 @@ INT StretchDIBits(HDC handle, INT x, INT y, INT width, INT height, INT x_source,
     INT source_width, INT source_height, const void* bits, const BITMAPINFO* info, UINT usage,
     DWORD rop) noexcept
 {
-    return guarded([&]() -> INT {
-        auto* dc = find_context(handle);
-        if (dc == nullptr)
-            return 0;
-        if (!rop3(rop).uses_source())
-            return PatBlt(handle, x, y, width, height, rop) ? std::abs(std::max(height, -INT32_MAX)) : 0;
+    if (!rop3(rop).uses_source())
+        return PatBlt(handle, x, y, width, height, rop) ? std::abs(std::max(height, -INT32_MAX)) : 0;
+    return with_context(handle, [=](drawing_context& dc) {
         dib_source source;
-        if (!source.open(info, bits, usage, dc))
+        if (!source.open(info, bits, usage, palette_of(&dc)))
             return 0;
-        const device_extent to(*dc, x, y, width, height);
-        const dib_rectangle from{x_source, y_source, source_width, source_height};
-        return blit_dib(*dc, to, from, source, rop) ? source.layout().height : 0;
+        const dib_block what{{x, y, width, height}, {x_source, y_source, source_width, source_height},
+            {source, info, bits, usage}, rop};
+        return dc.out->copy(dc.state, what) ? source.layout().height : 0;
     });
 }
 
 INT SetDIBitsToDevice(HDC handle, INT x, INT y, DWORD width, DWORD height, INT x_source, INT y_source,
     UINT start_line, UINT lines, const void* bits, const BITMAPINFO* info, UINT usage) noexcept
 {
-    return guarded([&]() -> INT {
-        auto* dc = find_context(handle);
+    constexpr DWORD largest = 1 << 30;
+    if (width > largest || height > largest || start_line > largest || lines > largest)
+        return 0;
+    return with_context(handle, [=](drawing_context& dc) {
         dib_source source;
-        constexpr DWORD largest = 1 << 30;
-        if (dc == nullptr || width > largest || height > largest || start_line > largest || lines > largest
-            || !source.open(info, bits, usage, dc, static_cast<INT>(lines)))
+        if (!source.open(info, bits, usage, palette_of(&dc), static_cast<INT>(lines)))
             return 0;
-        // Sizes are in pixels whatever the mapping. The given lines are a band of the whole bitmap; the
-        // part of the source rectangle above or below it is not drawn.
-        const dib_layout& layout = source.layout();
-        const POINT corner = dc->state.map.to_device(POINT{x, y});
-        const std::int64_t rows = source.pixels().height;
-        const std::int64_t first = start_line;
-        const std::int64_t band_top = layout.top_down ? first : layout.height - first - rows;
-        const std::int64_t source_top
-            = layout.top_down ? y_source : std::int64_t{layout.height} - y_source - std::int64_t{height};
-        blit job;
-        job.source = &source.pixels();
-        const auto size = [](DWORD v) { return static_cast<INT>(v); };
-        const auto top
-            = static_cast<INT>(std::clamp<std::int64_t>(source_top - band_top, INT32_MIN, INT32_MAX));
-        if (!job.x.set(corner.x, size(width), x_source, size(width))
-            || !job.y.set(corner.y, size(height), top, size(height)))
-            return 0;
-        run_blit(*dc, job);
-        return static_cast<INT>(rows);
+        const dib_band what{
+            {x, y}, width, height, x_source, y_source, start_line, lines, {source, info, bits, usage}};
+        return dc.out->copy(dc.state, what) ? source.pixels().height : 0;
     });
 }
 

@@ -1,7 +1,8 @@
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/state/context.h"
 #include "klv/gdi/text/font_charset.h"
 #include "klv/gdi/text/font_face.h"
-#include "klv/gdi/text/text_run.h"
+#include "klv/gdi/text/symbol_tables.h"
 
 #include <algorithm>
 #include <cstring>
@@ -111,8 +112,8 @@ public:
         metrics.tmHeight = enumerated_height;
         metrics.tmWeight = style.weight;
         metrics.tmItalic = style.italic;
-        metrics.tmDigitizedAspectX = dc_.dots_per_inch_x;
-        metrics.tmDigitizedAspectY = dc_.dots_per_inch_y;
+        metrics.tmDigitizedAspectX = dc_.out->dots_per_inch();
+        metrics.tmDigitizedAspectY = dc_.out->dots_per_inch();
         metrics.tmPitchAndFamily
             = static_cast<BYTE>(TMPF_TRUETYPE | TMPF_VECTOR | (style.fixed ? 0 : TMPF_FIXED_PITCH));
         metrics.tmCharSet = font.elfLogFont.lfCharSet;

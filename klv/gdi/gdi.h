@@ -6,9 +6,10 @@
 /// be drawn. Functions keep their documented names, argument orders and meanings; x grows to the right, y
 /// downwards, and rectangles leave out their right and bottom edges. A function that is given a handle of
 /// another kind, or one that was deleted, does nothing and answers 0 (or null, or the value it says).
-/// Nothing here throws. One thread draws at a time.
+/// Nothing here throws. Different threads may use their own contexts and objects at the same time; one of
+/// these is for one thread at a time.
 ///
-/// Functions on fonts and text are in platform/gdi/text.h, which this header includes.
+/// Functions on fonts and text are in klv/gdi/text.h, which this header includes.
 namespace klv {
 
 // ---- Drawing contexts ----------------------------------------------------------------------------------
@@ -92,6 +93,10 @@ BOOL SetDeviceResolution(HDC dc, INT dots_per_inch) noexcept;
 
 /// Width in device pixels of the thinnest lines: a pixel of 96 to the inch, at least one.
 INT ThinnestLine(HDC dc) noexcept;
+/// From now on dc, and the contexts made compatible with it from now on, count together what they paint.
+BOOL CountPaintedPixels(HDC dc) noexcept;
+/// The work of painting counted so far, in pixels that a fill would have painted in the same time.
+std::uint64_t PaintedPixels(HDC dc) noexcept;
 /// Size of the in-memory screen in pixels (1280 x 1024 at first); its pixels start over.
 BOOL SetScreenSize(INT width, INT height) noexcept;
 /// The process's screen draws with 8 bits and a palette, or with 16, 24 or 32 bits (32 at first).

@@ -1,6 +1,6 @@
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/canvas.h"
 #include "klv/gdi/raster/curves.h"
-#include "klv/gdi/raster/scan_converter.h"
 #include "klv/gdi/state/region_object.h"
 
 #include <algorithm>
@@ -71,7 +71,7 @@ HRGN CreatePolyPolygonRgn(const POINT* points, const INT* counts, INT polygons, 
             return nullptr;
         if (std::any_of(counts, counts + polygons, [](INT n) { return n < 0; }))
             return nullptr;
-        auto& converter = shared_scan_converter();
+        auto& converter = thread_scratch().converter;
         converter.begin(everything);
         for (INT i = 0; i < polygons; ++i) {
             const auto count = static_cast<std::size_t>(counts[i]);
@@ -102,25 +102,9 @@ INT CombineRgn(HRGN result, HRGN first, HRGN second, INT mode) noexcept
         const auto* b = find<region_object>(second);
         if (to == nullptr || a == nullptr || (b == nullptr && mode != RGN_COPY))
             return ERROR_REGION;
-        switch (mode) {
-        case RGN_AND:
-            to->area.intersect(a->area, b->area);
-            break;
-        case RGN_OR:
-            to->area.unite(a->area, b->area);
-            break;
-        case RGN_XOR:
-            to->area.exclusive_or(a->area, b->area);
-            break;
-        case RGN_DIFF:
-            to->area.subtract(a->area, b->area);
-            break;
-        case RGN_COPY:
-            to->area = a->area;
-            break;
-        default:
+        // Without a second region only RGN_COPY is left, which reads the first alone.
+        if (!combine(to->area, a->area, b == nullptr ? a->area : b->area, mode))
             return ERROR_REGION;
-        }
         return complexity(to->area);
     });
 }

@@ -1,5 +1,8 @@
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/state/dc.h"
+#include "klv/gdi/state/context.h"
+#include "klv/gdi/text/font.h"
+
+#include <utility>
 
 namespace klv {
 
@@ -8,51 +11,49 @@ using namespace gdi;
 namespace {
 
 /// Swaps the selected object. \return the handle of the one before.
-template <class Field> HGDIOBJ exchange(Field& field, const std::shared_ptr<gdi_object>& object)
+template <class Object>
+HGDIOBJ select(drawing_context& dc, std::shared_ptr<Object>& field, const std::shared_ptr<gdi_object>& object)
 {
-    const HGDIOBJ old = handle_of<HGDIOBJ>(field ? field->token : 0);
-    field = std::static_pointer_cast<typename Field::element_type>(object);
-    return old;
+    const auto old = std::exchange(field, std::static_pointer_cast<Object>(object));
+    dc.out->select(dc.state, *object);
+    return handle_of<HGDIOBJ>(old->token);
 }
 
 HGDIOBJ select_bitmap(drawing_context& dc, const std::shared_ptr<gdi_object>& object)
 {
     auto& bitmap = static_cast<bitmap_object&>(*object);
     const HDC self = handle_of<HDC>(dc.token);
-    if (dc.context != context_kind::memory
-        || (bitmap.selected_into != nullptr && bitmap.selected_into != self))
+    if (!dc.state.bitmap || (bitmap.selected_into != nullptr && bitmap.selected_into != self))
         return nullptr;
-    dc.state.bitmap->selected_into = nullptr;
-    if (!bitmap.stock)
-        bitmap.selected_into = self;
-    const HGDIOBJ old = exchange(dc.state.bitmap, object);
-    dc.clip_changed();
-    return old;
+    dc.state.bitmap->release();
+    bitmap.take(self);
+    return select(dc, dc.state.bitmap, object);
 }
 
 } // namespace
 
 HGDIOBJ SelectObject(HDC handle, HGDIOBJ object) noexcept
 {
-    auto* dc = find_context(handle);
-    const auto* found = find_object(token_of(object));
-    if (dc == nullptr || found == nullptr)
-        return nullptr;
-    switch ((*found)->kind) {
-    case object_kind::pen:
-        return exchange(dc->state.pen, *found);
-    case object_kind::brush:
-        return exchange(dc->state.brush, *found);
-    case object_kind::font:
-        return exchange(dc->state.font, *found);
-    case object_kind::bitmap:
-        return select_bitmap(*dc, *found);
-    case object_kind::region:
-        return handle_of<HGDIOBJ>(
-            static_cast<std::uint32_t>(SelectClipRgn(handle, static_cast<HRGN>(object))));
-    default:
-        return nullptr;
-    }
+    return with_context(handle, [=](drawing_context& dc) -> HGDIOBJ {
+        const auto* found = find_object(token_of(object));
+        if (found == nullptr)
+            return nullptr;
+        switch ((*found)->kind) {
+        case object_kind::pen:
+            return select(dc, dc.state.pen, *found);
+        case object_kind::brush:
+            return select(dc, dc.state.brush, *found);
+        case object_kind::font:
+            return select(dc, dc.state.font, *found);
+        case object_kind::bitmap:
+            return select_bitmap(dc, *found);
+        case object_kind::region:
+            return handle_of<HGDIOBJ>(
+                static_cast<std::uint32_t>(SelectClipRgn(handle, static_cast<HRGN>(object))));
+        default:
+            return nullptr;
+        }
+    });
 }
 
 BOOL DeleteObject(HGDIOBJ object) noexcept
@@ -104,7 +105,7 @@ UINT GetObjectType(HGDIOBJ object) noexcept
     case object_kind::palette:
         return OBJ_PAL;
     case object_kind::context:
-        return static_cast<drawing_context&>(**found).context == context_kind::screen ? OBJ_DC : OBJ_MEMDC;
+        return static_cast<drawing_context&>(**found).out->type();
     }
     return 0;
 }

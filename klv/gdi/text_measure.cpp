@@ -1,4 +1,5 @@
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/state/context.h"
 #include "klv/gdi/text/font_face.h"
 #include "klv/gdi/text/text_run.h"
 
@@ -7,17 +8,15 @@
 
 namespace klv::gdi {
 
-selected_font find_selected_font(const drawing_context& dc)
+selected_font find_selected_font(const drawing_state& state)
 {
     selected_font selected;
-    selected.object = static_cast<const font_object*>(dc.state.font.get());
-    if (!selected.object)
-        return selected;
+    selected.object = state.font.get();
     const auto ratio = [](LONG viewport, LONG window) {
         const double scale = window != 0 ? std::abs(static_cast<double>(viewport) / window) : 1;
         return scale > 0 ? scale : 1;
     };
-    const mapping& map = dc.state.map;
+    const mapping& map = state.map;
     selected.scale = {ratio(map.viewport_extent.cx, map.window_extent.cx),
         ratio(map.viewport_extent.cy, map.window_extent.cy)};
     auto font = realise(*selected.object, selected.scale);
@@ -61,8 +60,8 @@ TEXTMETRICA metrics_of(const drawing_context& dc, const selected_font& selected)
     tm.tmAveCharWidth = logical(px.average_width, x);
     tm.tmMaxCharWidth = logical(px.maximum_width, x);
     tm.tmWeight = description.lfWeight > 0 ? description.lfWeight : FW_NORMAL;
-    tm.tmDigitizedAspectX = dc.dots_per_inch_x;
-    tm.tmDigitizedAspectY = dc.dots_per_inch_y;
+    tm.tmDigitizedAspectX = dc.out->dots_per_inch();
+    tm.tmDigitizedAspectY = dc.out->dots_per_inch();
     tm.tmFirstChar = first_character;
     tm.tmLastChar = last_character;
     tm.tmDefaultChar = default_character;
@@ -84,16 +83,13 @@ text_character single_byte(const realised_font& font, std::uint32_t code)
 // A range of characters of one byte, first to last, both included.
 bool is_range(std::uint32_t first, std::uint32_t last) { return first <= last && last <= 0xFF; }
 
-// Calls body(selected font) where a context has one, and answers 0 where not.
+// Calls body(context, selected font) where a context has one, and answers 0 where not.
 template <class Body> auto with_font(HDC handle, Body&& body) noexcept
 {
     using answer = decltype(body(std::declval<drawing_context&>(), std::declval<selected_font&>()));
-    return guarded([&]() -> answer {
-        auto* dc = find_context(handle);
-        if (!dc)
-            return {};
-        selected_font selected = find_selected_font(*dc);
-        return selected.font ? body(*dc, selected) : answer{};
+    return with_context(handle, [&](drawing_context& dc) {
+        selected_font selected = find_selected_font(dc.state);
+        return selected.font ? body(dc, selected) : answer{};
     });
 }
 
@@ -154,7 +150,7 @@ int GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* extent) noe
             return 0;
         const std::string_view bytes(text, static_cast<std::size_t>(count));
         const font_measures& px = selected.font->measures();
-        extent->cx = logical(text_run(context, selected, bytes, nullptr).length(), selected.scale.x);
+        extent->cx = logical(text_run(context.state, selected, bytes, nullptr).length(), selected.scale.x);
         extent->cy = logical(pixels{px.ascent} + px.descent, selected.scale.y);
         return 1;
     });
@@ -218,24 +214,34 @@ std::uint32_t GetKerningPairsA(HDC dc, std::uint32_t count, KERNINGPAIR* pairs) 
     });
 }
 
+namespace {
+
+constexpr std::uint32_t no_alignment = 0xFFFFFFFF;
+
+} // namespace
+
 std::uint32_t SetTextAlign(HDC dc, std::uint32_t align) noexcept
 {
-    constexpr std::uint32_t failed = 0xFFFFFFFF;
-    auto* context = find_context(dc);
-    return context ? std::exchange(context->state.text_align, align) : failed;
+    return with_context(dc, no_alignment, [=](drawing_context& context) {
+        const std::uint32_t old = std::exchange(context.state.text_align, align);
+        context.tell(setting::text_align, align);
+        return old;
+    });
 }
 
 std::uint32_t GetTextAlign(HDC dc) noexcept
 {
-    constexpr std::uint32_t failed = 0xFFFFFFFF;
     const auto* context = find_context(dc);
-    return context ? context->state.text_align : failed;
+    return context ? context->state.text_align : no_alignment;
 }
 
 int SetTextCharacterExtra(HDC dc, int extra) noexcept
 {
-    auto* context = find_context(dc);
-    return context ? std::exchange(context->state.character_extra, extra) : 0;
+    return with_context(dc, [=](drawing_context& context) {
+        const INT old = std::exchange(context.state.character_extra, extra);
+        context.tell(setting::character_extra, extra);
+        return old;
+    });
 }
 
 int GetTextCharacterExtra(HDC dc) noexcept
@@ -246,12 +252,12 @@ int GetTextCharacterExtra(HDC dc) noexcept
 
 int SetTextJustification(HDC dc, int extra, int count) noexcept
 {
-    auto* context = find_context(dc);
-    if (!context)
-        return 0;
-    context->state.justify_extra = count > 0 ? extra : 0;
-    context->state.justify_count = std::max(count, 0);
-    return 1;
+    return with_context(dc, [=](drawing_context& context) {
+        context.state.justify_extra = count > 0 ? extra : 0;
+        context.state.justify_count = std::max(count, 0);
+        context.tell(setting::justification, extra, count);
+        return 1;
+    });
 }
 
 } // namespace klv

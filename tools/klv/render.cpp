@@ -3,7 +3,6 @@
 #include "klv/bitmaps/pixels/resample.h"
 #include "klv/devices/display_bitmap.h"
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/raster/paint_meter.h"
 
 #include "tools/klv/failure.h"
 #include "tools/klv/interrupt.h"
@@ -57,6 +56,8 @@ public:
     ~band_surface() { device_.ReleaseWinDC(); }
     band_surface(const band_surface&) = delete;
     band_surface& operator=(const band_surface&) = delete;
+
+    [[nodiscard]] HDC context() const { return dc_; }
 
     // The rows of a page from one on.
     void draw(vMETAFILE& picture, const vSIZE& page, int first_row)
@@ -131,9 +132,9 @@ double layers_of(vMETAFILE& picture, const vSIZE& size)
     const double scale = longest_trial_side / std::max(size.Width(), size.Height());
     const int width = to_pixels(size.Width() * scale), height = to_pixels(size.Height() * scale);
     band_surface trial(width, height, 1, vCOLOUR());
-    const gdi::paint_meter meter;
+    CountPaintedPixels(trial.context());
     trial.draw(picture, {width, height}, 0);
-    return static_cast<double>(meter.pixels()) / (double{1} * width * height);
+    return static_cast<double>(PaintedPixels(trial.context())) / (double{1} * width * height);
 }
 
 // A file of a few kilobytes can fill a large page hundreds of times.

@@ -1,9 +1,6 @@
 #include "klv/gdi/raster/blitter.h"
 
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/raster/brush_painter.h"
-#include "klv/gdi/raster/paint_meter.h"
-#include "klv/gdi/raster/pixel_converter.h"
 #include "klv/gdi/raster/pixel_rows.h"
 
 #include <algorithm>
@@ -65,20 +62,7 @@ namespace {
 
 using row_buffer = std::vector<std::uint32_t>;
 
-struct scratch {
-    row_buffer source;
-    row_buffer row;
-    row_buffer sums;
-    row_buffer destination;
-    row_buffer pattern;
-    std::vector<std::int32_t> map;
-    op_tile tile;
-};
-scratch& shared()
-{
-    static scratch buffers;
-    return buffers;
-}
+using blit_scratch = decltype(raster_scratch::blit);
 
 /// Sizes a buffer and answers it as a span.
 std::span<std::uint32_t> sized(row_buffer& buffer, std::int64_t size)
@@ -92,12 +76,13 @@ std::span<std::uint32_t> sized(row_buffer& buffer, std::int64_t size)
 
 class row_fetcher {
 public:
-    row_fetcher(drawing_context& dc, const blit& job, const box& visible, const pixel_converter& converter)
-        : job_(job)
+    row_fetcher(blit_scratch& scratch, const blit& job, const box& visible, const pixel_converter& converter)
+        : scratch_(scratch)
+        , job_(job)
         , source_(*job.source)
         , converter_(converter)
         , visible_(visible)
-        , mode_(dc.state.stretch_mode)
+        , mode_(job.stretch_mode)
         , joins_(mode_ != COLORONCOLOR && (job.x.shrinks() || job.y.shrinks()))
     {
         find_source_columns();
@@ -108,7 +93,7 @@ public:
     {
         if (joins_)
             return fetch_joined(y);
-        const auto row = sized(shared().row, width());
+        const auto row = sized(scratch_.row, width());
         const auto source_y = static_cast<std::int32_t>(job_.y.nearest(y));
         if (fetched_row_ == source_y)
             return row;
@@ -116,9 +101,9 @@ public:
         if (direct()) {
             load_pixels(source_, first_column_, source_y, row);
         } else {
-            const auto source = sized(shared().source, end_column_ - first_column_);
+            const auto source = sized(scratch_.source, end_column_ - first_column_);
             load_pixels(source_, first_column_, source_y, source);
-            const std::int32_t* map = shared().map.data();
+            const std::int32_t* map = scratch_.map.data();
             for (std::size_t i = 0; i < row.size(); ++i)
                 row[i] = source[static_cast<std::size_t>(map[i] - first_column_)];
         }
@@ -134,7 +119,7 @@ private:
     {
         std::int64_t low = INT64_MAX;
         std::int64_t high = INT64_MIN;
-        auto& map = shared().map;
+        auto& map = scratch_.map;
         map.resize(static_cast<std::size_t>(width()));
         for (std::int32_t x = visible_.x1; x < visible_.x2; ++x) {
             std::int64_t first = job_.x.nearest(x);
@@ -168,7 +153,7 @@ private:
         job_.y.range(y, first, end);
         first = std::clamp<std::int64_t>(first, 0, source_.height - 1);
         end = std::clamp<std::int64_t>(end, first + 1, source_.height);
-        const auto row = sized(shared().row, width());
+        const auto row = sized(scratch_.row, width());
         if (mode_ == HALFTONE && !source_.monochrome)
             average(first, end, row);
         else
@@ -183,7 +168,7 @@ private:
     /// A source row as colours, or as bits for a monochrome source.
     std::span<std::uint32_t> colours_of_row(std::int64_t y)
     {
-        const auto source = sized(shared().source, end_column_ - first_column_);
+        const auto source = sized(scratch_.source, end_column_ - first_column_);
         load_pixels(source_, first_column_, static_cast<std::int32_t>(y), source);
         if (!source_.monochrome)
             for (std::uint32_t& p : source)
@@ -195,7 +180,7 @@ private:
     {
         const bool by_and = mode_ == BLACKONWHITE;
         const auto merge = [by_and](std::uint32_t a, std::uint32_t b) { return by_and ? a & b : a | b; };
-        const auto sums = sized(shared().sums, end_column_ - first_column_);
+        const auto sums = sized(scratch_.sums, end_column_ - first_column_);
         std::fill(sums.begin(), sums.end(), by_and ? 0xFFFFFFFFU : 0U);
         for (std::int64_t y = first; y < end; ++y) {
             const auto source = colours_of_row(y);
@@ -216,7 +201,7 @@ private:
     void average(std::int64_t first, std::int64_t end, std::span<std::uint32_t> row)
     {
         const std::int64_t columns = end_column_ - first_column_;
-        const auto sums = sized(shared().sums, columns * 3);
+        const auto sums = sized(scratch_.sums, columns * 3);
         std::fill(sums.begin(), sums.end(), 0U);
         for (std::int64_t y = first; y < end; ++y) {
             const auto source = colours_of_row(y);
@@ -239,6 +224,7 @@ private:
         }
     }
 
+    blit_scratch& scratch_;
     const blit& job_;
     const surface& source_;
     const pixel_converter& converter_;
@@ -255,17 +241,15 @@ private:
 /// Combines runs of one fetched row with what is there.
 class row_writer final : public span_sink {
 public:
-    row_writer(drawing_context& dc, rop3 operation, std::int32_t left)
-        : target_(dc.target())
-        , operation_(operation)
+    row_writer(const canvas& on, const blit& job, std::int32_t left)
+        : on_(on)
+        , target_(on.pixels)
+        , scratch_(on.scratch.blit)
+        , operation_(job.operation)
         , left_(left)
     {
-        if (operation.uses_pattern()) {
-            // Gaps of a hatch have a colour here: there is no operation to leave them out of.
-            const INT mode = std::exchange(dc.state.background_mode, OPAQUE);
-            has_pattern_ = make_brush_tile(dc, *dc.state.brush, R2_COPYPEN, shared().tile);
-            dc.state.background_mode = mode;
-        }
+        if (operation_.uses_pattern())
+            has_pattern_ = make_brush_tile(on, job.brush, R2_COPYPEN, scratch_.tile);
     }
 
     void set_row(std::span<const std::uint32_t> row) { row_ = row; }
@@ -273,7 +257,7 @@ public:
     void draw(std::span<const span> spans) override
     {
         constexpr unsigned cost = 8;
-        paint_meter::count(spans, cost);
+        paint_meter::count(on_.meter, spans, cost);
         for (const span& s : spans) {
             const auto size = static_cast<std::size_t>(s.x1 - s.x0);
             const auto source = row_.subspan(static_cast<std::size_t>(s.x0 - left_), size);
@@ -281,7 +265,7 @@ public:
                 store_pixels(target_, s.x0, s.y, source);
                 continue;
             }
-            const auto destination = sized(shared().destination, s.x1 - s.x0);
+            const auto destination = sized(scratch_.destination, s.x1 - s.x0);
             load_pixels(target_, s.x0, s.y, destination);
             operation_.combine(destination, source, pattern_of(s));
             mask_unused(destination);
@@ -294,8 +278,8 @@ private:
     {
         if (!has_pattern_)
             return {};
-        const op_tile& tile = shared().tile;
-        const auto pattern = sized(shared().pattern, s.x1 - s.x0);
+        const op_tile& tile = scratch_.tile;
+        const auto pattern = sized(scratch_.pattern, s.x1 - s.x0);
         const pixel_op* ops = tile.row(s.y);
         std::int32_t column = tile.column(s.x0);
         for (std::uint32_t& p : pattern) {
@@ -313,7 +297,9 @@ private:
             p &= used;
     }
 
+    const canvas& on_;
     const surface& target_;
+    blit_scratch& scratch_;
     rop3 operation_;
     std::int32_t left_;
     bool has_pattern_ = false;
@@ -346,9 +332,8 @@ void gather(std::uint32_t* __restrict out, const std::uint8_t* __restrict in,
 }
 
 /// 32-bit pixels under a rectangular clip; rows that show the same one of the source are copied.
-void stretch_rows(const surface& to, const blit& job, const box& visible)
+void stretch_rows(const surface& to, const blit& job, const box& visible, std::vector<std::int32_t>& map)
 {
-    auto& map = shared().map;
     map.clear();
     for (std::int32_t x = visible.x1; x < visible.x2; ++x)
         map.push_back(static_cast<std::int32_t>(job.x.nearest(x)));
@@ -375,52 +360,43 @@ bool shares_memory(const surface& a, const surface& b)
 }
 
 /// A copy of what a job reads, so that drawing can't change it; the job is turned to the copy.
-std::shared_ptr<bitmap_object> detach_source(blit& job)
-{
-    const surface& s = *job.source;
-    auto copy = new_bitmap(s.width, s.height, s.bits, false);
-    if (!copy)
-        throw std::bad_alloc();
-    const auto row_bytes = static_cast<std::size_t>(
-        packed_row_bytes(static_cast<std::uint64_t>(s.width), static_cast<unsigned>(s.bits)));
-    for (std::int32_t y = 0; y < s.height; ++y)
-        std::memcpy(copy->pixels.row(y), s.row(y), row_bytes);
-    copy->pixels.masks = s.masks;
-    copy->pixels.table = s.table;
-    copy->pixels.monochrome = s.monochrome;
-    job.source = &copy->pixels;
-    return copy;
-}
+class detached_source {
+public:
+    explicit detached_source(blit& job)
+    {
+        const surface& s = *job.source;
+        copy_ = memory_.make(s.width, s.height, s.bits, false);
+        if (!copy_.top)
+            throw std::bad_alloc();
+        const auto row_bytes = static_cast<std::size_t>(
+            packed_row_bytes(static_cast<std::uint64_t>(s.width), static_cast<unsigned>(s.bits)));
+        for (std::int32_t y = 0; y < s.height; ++y)
+            std::memcpy(copy_.row(y), s.row(y), row_bytes);
+        copy_.masks = s.masks;
+        copy_.table = s.table;
+        copy_.monochrome = s.monochrome;
+        job.source = &copy_;
+    }
+
+private:
+    surface_memory memory_;
+    surface copy_;
+};
 
 } // namespace
 
-void run_pattern_blit(drawing_context& dc, const box& area, rop3 operation)
+void run_pattern_blit(const canvas& on, const box& area, const brush_ink& brush, rop3 operation)
 {
-    brush_painter painter(dc, *dc.state.brush, operation.to_rop2());
-    if (!painter.visible() && operation.uses_pattern())
-        return;
     // Without a pattern the brush does not matter, not even a null brush.
-    const brush_object any(LOGBRUSH{BS_SOLID, 0, 0});
-    std::optional<brush_painter> plain;
-    if (!operation.uses_pattern())
-        plain.emplace(dc, any, operation.to_rop2());
-    brush_painter& chosen = plain ? *plain : painter;
-    if (!chosen.visible())
-        return;
-    clipped_output out(dc, chosen.sink());
-    const box visible = intersection(area, out.bounds());
-    if (is_empty(visible))
-        return;
-    span_batch spans(out.sink());
-    for (std::int32_t y = visible.y1; y < visible.y2; ++y)
-        spans.add(y, visible.x1, visible.x2);
-    spans.flush();
+    brush_painter painter(on, operation.uses_pattern() ? brush : brush_ink::solid(0), operation.to_rop2());
+    if (painter.visible())
+        clipped_output(on.clip, painter.sink()).fill(area);
 }
 
-void run_blit(drawing_context& dc, const blit& asked)
+void run_blit(const canvas& on, const blit& asked)
 {
-    const surface& to = dc.target();
-    const region& clip = dc.effective_clip();
+    const surface& to = on.pixels;
+    const region& clip = on.clip;
     if (to.top == nullptr || clip.empty() || asked.source->top == nullptr)
         return;
     blit job = asked;
@@ -431,11 +407,11 @@ void run_blit(drawing_context& dc, const blit& asked)
     if (is_empty(visible))
         return;
 
-    std::shared_ptr<bitmap_object> copy;
+    std::optional<detached_source> copy;
     if (shares_memory(to, *job.source))
-        copy = detach_source(job);
-    const pixel_converter converter(dc, *job.source, job.source_background);
-    const bool joins = dc.state.stretch_mode != COLORONCOLOR && (job.x.shrinks() || job.y.shrinks());
+        copy.emplace(job);
+    const pixel_converter converter(to, *job.source, job.colours);
+    const bool joins = job.stretch_mode != COLORONCOLOR && (job.x.shrinks() || job.y.shrinks());
     if (converter.is_identity() && job.operation.is_source_copy() && !joins) {
         const bool straight = !job.x.scaled() && !job.x.mirrored;
         if (straight && to.bits >= 8) {
@@ -443,12 +419,12 @@ void run_blit(drawing_context& dc, const blit& asked)
             return;
         }
         if (to.bits == 32 && clip.is_rectangle()) {
-            stretch_rows(to, job, visible);
+            stretch_rows(to, job, visible, on.scratch.blit.map);
             return;
         }
     }
-    row_fetcher rows(dc, job, visible, converter);
-    row_writer writer(dc, job.operation, visible.x1);
+    row_fetcher rows(on.scratch.blit, job, visible, converter);
+    row_writer writer(on, job, visible.x1);
     clip_stage stage(clip, writer);
     for (std::int32_t y = visible.y1; y < visible.y2; ++y) {
         writer.set_row(rows.fetch(y));

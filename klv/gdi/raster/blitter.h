@@ -1,7 +1,9 @@
 #pragma once
 
+#include "klv/gdi/gdi.h"
+#include "klv/gdi/raster/brush_painter.h"
+#include "klv/gdi/raster/pixel_converter.h"
 #include "klv/gdi/raster/rop3.h"
-#include "klv/gdi/state/dc.h"
 
 #include <cstdint>
 
@@ -29,19 +31,20 @@ struct blit_axis {
     void cut(std::int32_t source_size, std::int32_t& low, std::int32_t& high) const;
 };
 
-/// A copy onto a context's surface.
+/// A copy onto a canvas.
 struct blit {
     blit_axis x;
     blit_axis y;
     const surface* source = nullptr;
-    rgb source_background = 0xFFFFFF; ///< decides what becomes 1 on a monochrome destination
-    rop3 operation{0x00CC0020};
+    copy_colours colours;
+    brush_ink brush; ///< the pattern of operations that use one
+    INT stretch_mode = 0; ///< BLACKONWHITE to HALFTONE: how shrinking joins pixels
+    rop3 operation{SRCCOPY};
 };
 
-/// Copies, stretches and mirrors through the clip region. Shrinking joins pixels as the context's stretch
-/// mode says.
-void run_blit(drawing_context& dc, const blit& job);
+/// Copies, stretches and mirrors through the clip region.
+void run_blit(const canvas& on, const blit& job);
 /// Fills a device box by an operation without source.
-void run_pattern_blit(drawing_context& dc, const box& area, rop3 operation);
+void run_pattern_blit(const canvas& on, const box& area, const brush_ink& brush, rop3 operation);
 
 } // namespace klv::gdi

@@ -20,12 +20,6 @@ constexpr std::array<std::array<std::uint8_t, 8>, 6> hatches{{
     {0x81, 0x42, 0x24, 0x18, 0x18, 0x24, 0x42, 0x81}, // diagonal cross
 }};
 
-op_tile& shared_tile()
-{
-    static op_tile tile;
-    return tile;
-}
-
 void set_size(op_tile& tile, std::int32_t width, std::int32_t height)
 {
     tile.width = width;
@@ -34,9 +28,9 @@ void set_size(op_tile& tile, std::int32_t width, std::int32_t height)
 }
 
 /// Whether the surface has to mix other colours to show this one.
-bool needs_dither(const surface& s, rgb colour, COLORREF asked)
+bool needs_dither(const surface& s, const brush_ink& brush)
 {
-    return s.has_table() && asked >> 24 == 0 && colour_of(s, pixel_of(s, colour)) != colour;
+    return s.has_table() && brush.may_mix && colour_of(s, pixel_of(s, brush.colour)) != brush.colour;
 }
 
 void make_dither_tile(const surface& s, rgb colour, INT rop2, op_tile& tile)
@@ -48,46 +42,43 @@ void make_dither_tile(const surface& s, rgb colour, INT rop2, op_tile& tile)
         [&](std::uint8_t index) { return make_pixel_op(rop2, index, used); });
 }
 
-void make_hatch_tile(drawing_context& dc, const brush_object& brush, INT rop2, op_tile& tile)
+void make_hatch_tile(const surface& s, const brush_ink& brush, INT rop2, op_tile& tile)
 {
-    const surface& s = dc.target();
     const std::uint32_t used = used_bits(s);
-    const auto op_of
-        = [&](COLORREF c) { return make_pixel_op(rop2, pixel_of(s, resolve_colour(dc, c)), used); };
-    const pixel_op line = op_of(brush.log.lbColor);
-    const pixel_op gap = dc.state.background_mode == OPAQUE ? op_of(dc.state.background_colour) : keep_pixel;
-    const auto& rows = hatches[brush.log.lbHatch % hatches.size()];
+    const auto op_of = [&](rgb c) { return make_pixel_op(rop2, pixel_of(s, c), used); };
+    const pixel_op line = op_of(brush.colour);
+    const pixel_op gap = brush.gaps ? op_of(*brush.gaps) : keep_pixel;
+    const auto& rows = hatches[brush.hatch % hatches.size()];
     set_size(tile, 8, 8);
     for (std::size_t i = 0; i < tile.ops.size(); ++i)
         tile.ops[i] = (rows[i / 8] >> (7 - i % 8) & 1) != 0 ? line : gap;
 }
 
-/// The pixel of the target for each index of a tile with a colour table.
-std::array<std::uint32_t, 256> map_indices(drawing_context& dc, const brush_object& brush)
+/// The pixel of a surface for each index of a tile with a colour table.
+std::array<std::uint32_t, 256> map_indices(const surface& s, const brush_ink& brush)
 {
-    const surface& s = dc.target();
-    const surface& tile = brush.tile->pixels;
+    const surface& tile = *brush.tile;
     std::array<std::uint32_t, 256> pixels{};
     for (unsigned i = 0; i < tile.table->count; ++i) {
         rgb colour = to_rgb(tile.table->entries[i]);
         if (tile.monochrome)
-            colour = resolve_colour(dc, i == 0 ? dc.state.text_colour : dc.state.background_colour);
-        else if (brush.palette_indices)
-            colour = resolve_colour(dc, PALETTEINDEX(colour));
+            colour = i == 0 ? brush.zero : brush.one;
+        else if (brush.palette)
+            colour = palette_colour(*brush.palette, colour & 0xFFFF);
         pixels[i] = pixel_of(s, colour);
     }
     return pixels;
 }
 
-void make_bitmap_tile(drawing_context& dc, const brush_object& brush, INT rop2, op_tile& tile)
+void make_bitmap_tile(const canvas& on, const brush_ink& brush, INT rop2, op_tile& tile)
 {
-    const surface& s = dc.target();
-    const surface& from = brush.tile->pixels;
+    const surface& s = on.pixels;
+    const surface& from = *brush.tile;
     const std::uint32_t used = used_bits(s);
     const bool indexed = from.has_table();
-    const auto map = indexed ? map_indices(dc, brush) : std::array<std::uint32_t, 256>{};
+    const auto map = indexed ? map_indices(s, brush) : std::array<std::uint32_t, 256>{};
     set_size(tile, from.width, from.height);
-    static std::vector<std::uint32_t> row;
+    auto& row = on.scratch.brush.row;
     row.resize(static_cast<std::size_t>(from.width));
     auto op = tile.ops.begin();
     for (std::int32_t y = 0; y < from.height; ++y) {
@@ -97,11 +88,10 @@ void make_bitmap_tile(drawing_context& dc, const brush_object& brush, INT rop2, 
     }
 }
 
-void magnify(op_tile& tile, INT factor)
+void magnify(op_tile& tile, std::int32_t factor, std::vector<pixel_op>& small)
 {
     if (factor == 1)
         return;
-    static std::vector<pixel_op> small;
     small.assign(tile.ops.begin(), tile.ops.end());
     const auto width = static_cast<std::size_t>(tile.width);
     const auto by = static_cast<std::size_t>(factor);
@@ -112,46 +102,57 @@ void magnify(op_tile& tile, INT factor)
 
 } // namespace
 
-bool make_brush_tile(drawing_context& dc, const brush_object& brush, INT rop2, op_tile& tile)
+bool make_brush_tile(const canvas& on, const brush_ink& brush, INT rop2, op_tile& tile)
 {
-    const surface& s = dc.target();
-    tile.origin_x = dc.state.brush_origin.x;
-    tile.origin_y = dc.state.brush_origin.y;
-    if (brush.log.lbStyle == BS_HATCHED) {
-        make_hatch_tile(dc, brush, rop2, tile);
-        magnify(tile, dc.pixels_of_common_pixel());
-    } else if (brush.tile) {
-        make_bitmap_tile(dc, brush, rop2, tile);
-        magnify(tile, dc.pixels_of_common_pixel());
-    } else if (brush.log.lbStyle == BS_SOLID) {
-        const rgb colour = resolve_colour(dc, brush.log.lbColor);
-        if (needs_dither(s, colour, brush.log.lbColor)) {
-            make_dither_tile(s, colour, rop2, tile);
+    const surface& s = on.pixels;
+    tile.origin_x = brush.origin.x;
+    tile.origin_y = brush.origin.y;
+    switch (brush.what) {
+    case brush_ink::kind::none:
+        return false;
+    case brush_ink::kind::hatched:
+        make_hatch_tile(s, brush, rop2, tile);
+        magnify(tile, on.common_pixel, on.scratch.brush.small);
+        return true;
+    case brush_ink::kind::tiled:
+        make_bitmap_tile(on, brush, rop2, tile);
+        magnify(tile, on.common_pixel, on.scratch.brush.small);
+        return true;
+    case brush_ink::kind::solid:
+        if (needs_dither(s, brush)) {
+            make_dither_tile(s, brush.colour, rop2, tile);
         } else {
             set_size(tile, 1, 1);
-            tile.ops[0] = make_pixel_op(rop2, pixel_of(s, colour), used_bits(s));
+            tile.ops[0] = make_pixel_op(rop2, pixel_of(s, brush.colour), used_bits(s));
         }
-    } else {
-        return false;
+        return true;
     }
-    return true;
+    return false;
 }
 
-brush_painter::brush_painter(drawing_context& dc, const brush_object& brush, INT rop2)
+brush_painter::brush_painter(const canvas& on, const brush_ink& brush, INT rop2)
 {
-    const surface& s = dc.target();
+    const surface& s = on.pixels;
     if (s.top == nullptr || rop2 == R2_NOP)
         return;
-    if (brush.log.lbStyle == BS_SOLID) {
-        const rgb colour = resolve_colour(dc, brush.log.lbColor);
-        if (!needs_dither(s, colour, brush.log.lbColor)) {
-            sink_ = &solid_.emplace(s, make_pixel_op(rop2, pixel_of(s, colour), used_bits(s)));
-            return;
-        }
+    if (brush.what == brush_ink::kind::solid && !needs_dither(s, brush)) {
+        sink_ = &solid_.emplace(s, make_pixel_op(rop2, pixel_of(s, brush.colour), used_bits(s)), on.meter);
+        return;
     }
-    op_tile& tile = shared_tile();
-    if (make_brush_tile(dc, brush, rop2, tile))
-        sink_ = &tile_.emplace(s, tile);
+    op_tile& tile = on.scratch.brush.tile;
+    if (make_brush_tile(on, brush, rop2, tile))
+        sink_ = &tile_.emplace(s, tile, on.meter);
+}
+
+void clipped_output::fill(const box& area)
+{
+    const box visible = intersection(area, bounds());
+    if (is_empty(visible))
+        return;
+    span_batch spans(sink());
+    for (std::int32_t y = visible.y1; y < visible.y2; ++y)
+        spans.add(y, visible.x1, visible.x2);
+    spans.flush();
 }
 
 } // namespace klv::gdi

@@ -131,7 +131,7 @@ private:
 /// A table that no bitmap holds any more, so that steady drawing does not allocate.
 std::shared_ptr<colour_table> spare_table()
 {
-    static std::shared_ptr<colour_table> spare;
+    static thread_local std::shared_ptr<colour_table> spare;
     if (!spare || spare.use_count() != 1)
         spare = std::make_shared<colour_table>();
     return spare;
@@ -179,8 +179,8 @@ bool dib_layout::read(const void* header, UINT usage)
     return width > 0 && height > 0 && width <= largest_side && height <= largest_side && depth_fits(*this);
 }
 
-void read_colour_table(
-    const void* header, const dib_layout& layout, UINT usage, const drawing_context* dc, colour_table& table)
+void read_colour_table(const void* header, const dib_layout& layout, UINT usage, const palette_view& palette,
+    colour_table& table)
 {
     table.entries.fill({});
     table.count = layout.bits <= 8 ? 1U << layout.bits : 0;
@@ -188,7 +188,7 @@ void read_colour_table(
     for (unsigned i = 0; i < std::min(layout.colours, table.count); ++i, entry += layout.table_entry_size) {
         if (usage == DIB_PAL_COLORS) {
             const WORD index = copy_of<WORD>(entry);
-            table.entries[i] = to_quad(dc == nullptr ? index : resolve_colour(*dc, PALETTEINDEX(index)));
+            table.entries[i] = to_quad(palette ? palette_colour(*palette, index) : index);
         } else {
             table.entries[i] = {entry[0], entry[1], entry[2], 0};
         }
@@ -197,7 +197,7 @@ void read_colour_table(
 }
 
 bool dib_source::open(
-    const BITMAPINFO* info, const void* bits, UINT usage, const drawing_context* dc, std::int32_t lines)
+    const BITMAPINFO* info, const void* bits, UINT usage, const palette_view& palette, std::int32_t lines)
 {
     if (info == nullptr || bits == nullptr || usage > DIB_PAL_COLORS || !layout_.read(info, usage))
         return false;
@@ -211,7 +211,7 @@ bool dib_source::open(
     pixels_.masks = layout_.masks;
     if (layout_.bits <= 8) {
         pixels_.table = spare_table();
-        read_colour_table(info, layout_, usage, dc, *pixels_.table);
+        read_colour_table(info, layout_, usage, palette, *pixels_.table);
     }
     if (is_compressed(layout_.compression))
         return unpack({static_cast<const std::uint8_t*>(bits), layout_.image_bytes});
@@ -223,12 +223,12 @@ bool dib_source::open(
     return true;
 }
 
-bool dib_source::open_packed(const void* packed, UINT usage, const drawing_context* dc)
+bool dib_source::open_packed(const void* packed, UINT usage, const palette_view& palette)
 {
     dib_layout layout;
     if (packed == nullptr || !layout.read(packed, usage))
         return false;
-    return open(static_cast<const BITMAPINFO*>(packed), at(packed, layout.bits_offset), usage, dc);
+    return open(static_cast<const BITMAPINFO*>(packed), at(packed, layout.bits_offset), usage, palette);
 }
 
 bool dib_source::unpack(std::span<const std::uint8_t> bytes)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "klv/gdi/raster/surface.h"
-#include "klv/gdi/state/dc.h"
 
 #include <cstdint>
 #include <span>
@@ -32,18 +31,17 @@ struct dib_layout {
     }
 };
 
-/// The colours of a header's table. Palette indices are looked up in dc's palette; without dc they stay as
-/// they are, as colours of that value.
-void read_colour_table(
-    const void* header, const dib_layout& layout, UINT usage, const drawing_context* dc, colour_table& table);
+/// The colours of a header's table.
+void read_colour_table(const void* header, const dib_layout& layout, UINT usage, const palette_view& palette,
+    colour_table& table);
 
 /// Caller's bitmap data as a surface to read from. Compressed ones are unpacked first.
 class dib_source {
 public:
     /// lines, when not negative, is the number of rows that bits holds; they form the surface then.
-    bool open(const BITMAPINFO* info, const void* bits, UINT usage, const drawing_context* dc,
+    bool open(const BITMAPINFO* info, const void* bits, UINT usage, const palette_view& palette,
         std::int32_t lines = -1);
-    bool open_packed(const void* packed, UINT usage, const drawing_context* dc);
+    bool open_packed(const void* packed, UINT usage, const palette_view& palette);
 
     [[nodiscard]] const surface& pixels() const { return pixels_; }
     [[nodiscard]] const dib_layout& layout() const { return layout_; }

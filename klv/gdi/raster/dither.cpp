@@ -61,7 +61,7 @@ const dither_pattern& dither(const colour_table& table, rgb colour)
         rgb colour = 0;
         dither_pattern pattern{};
     };
-    static std::array<entry, 64> cache;
+    static thread_local std::array<entry, 64> cache;
     entry& e = cache[(colour * 2654435761U >> 26) % cache.size()];
     if (e.version != table.version || e.colour != colour)
         e = {table.version, colour, make_pattern(table, colour)};

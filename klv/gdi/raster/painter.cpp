@@ -236,10 +236,11 @@ pixel_op make_pixel_op(INT rop2, std::uint32_t pixel, std::uint32_t used)
     return {(and_bits & used) | (keeps_unused ? ~used : 0), xor_bits & used};
 }
 
-solid_painter::solid_painter(const surface& s, pixel_op op)
+solid_painter::solid_painter(const surface& s, pixel_op op, paint_meter* meter)
     : surface_(s)
     , op_(op)
     , paint_(choose(s, op))
+    , meter_(meter)
 {
 }
 
@@ -269,10 +270,11 @@ const pixel_op* op_tile::row(std::int32_t y) const
 
 std::int32_t op_tile::column(std::int32_t x) const { return wrapped(std::int64_t{x} - origin_x, width); }
 
-tile_painter::tile_painter(const surface& s, const op_tile& tile)
+tile_painter::tile_painter(const surface& s, const op_tile& tile, paint_meter* meter)
     : surface_(s)
     , tile_(tile)
     , paint_(choose(s))
+    , meter_(meter)
 {
 }
 

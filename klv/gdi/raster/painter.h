@@ -24,10 +24,10 @@ inline constexpr pixel_op keep_pixel{0xFFFFFFFF, 0};
 /// Paints spans with one pixel value. The spans must lie inside the surface.
 class solid_painter final : public span_sink {
 public:
-    solid_painter(const surface& s, pixel_op op);
+    solid_painter(const surface& s, pixel_op op, paint_meter* meter);
     void draw(std::span<const span> spans) override
     {
-        paint_meter::count(spans, 1);
+        paint_meter::count(meter_, spans, 1);
         paint_(surface_, op_, spans);
     }
 
@@ -38,6 +38,7 @@ private:
     surface surface_;
     pixel_op op_;
     paint_function paint_;
+    paint_meter* meter_;
 };
 
 /// A small picture of operations that repeats over the surface.
@@ -55,11 +56,11 @@ struct op_tile {
 /// Paints spans with a tile, which must outlive it.
 class tile_painter final : public span_sink {
 public:
-    tile_painter(const surface& s, const op_tile& tile);
+    tile_painter(const surface& s, const op_tile& tile, paint_meter* meter);
     void draw(std::span<const span> spans) override
     {
         constexpr unsigned cost = 3;
-        paint_meter::count(spans, cost);
+        paint_meter::count(meter_, spans, cost);
         paint_(surface_, tile_, spans);
     }
 
@@ -70,6 +71,7 @@ private:
     surface surface_;
     const op_tile& tile_;
     paint_function paint_;
+    paint_meter* meter_;
 };
 
 } // namespace klv::gdi

@@ -20,10 +20,10 @@ bool is_plain_rgb(const surface& s) { return s.bits == 24 || (s.bits == 32 && s.
 
 } // namespace
 
-pixel_converter::pixel_converter(drawing_context& to, const surface& from, rgb source_background)
-    : to_(to.target())
+pixel_converter::pixel_converter(const surface& to, const surface& from, const copy_colours& colours)
+    : to_(to)
     , from_(from)
-    , source_background_(source_background)
+    , source_background_(colours.source_background)
 {
     if (same_format(to_, from)) {
         how_ = method::none;
@@ -32,8 +32,7 @@ pixel_converter::pixel_converter(drawing_context& to, const surface& from, rgb s
     } else if (from.has_table()) {
         how_ = method::table;
         for (unsigned i = 0; i < from.table->count; ++i)
-            table_[i] = from.monochrome ? pixel_of(to_,
-                            resolve_colour(to, i == 0 ? to.state.text_colour : to.state.background_colour))
+            table_[i] = from.monochrome ? pixel_of(to_, i == 0 ? colours.zero : colours.one)
                                         : pixel_for(to_rgb(from.table->entries[i]));
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/gdi/state/dc.h"
+#include "klv/gdi/raster/surface.h"
 
 #include <array>
 #include <cstdint>
@@ -8,12 +8,18 @@
 
 namespace klv::gdi {
 
-/// Turns pixel values of one surface into those of another that show the same colours. A monochrome source
-/// takes the text and background colours of the destination's context; on a monochrome destination the
-/// source's background colour becomes 1 and all else 0.
+/// What a copy makes of the bits of a monochrome surface: a monochrome source shows zero and one; on a
+/// monochrome destination the source's background colour becomes 1 and all else 0.
+struct copy_colours {
+    rgb zero = 0;
+    rgb one = 0xFFFFFF;
+    rgb source_background = 0xFFFFFF;
+};
+
+/// Turns pixel values of one surface into those of another that show the same colours.
 class pixel_converter {
 public:
-    pixel_converter(drawing_context& to, const surface& from, rgb source_background);
+    pixel_converter(const surface& to, const surface& from, const copy_colours& colours);
 
     [[nodiscard]] bool is_identity() const { return how_ == method::none; }
     void convert(std::span<std::uint32_t> pixels) const;

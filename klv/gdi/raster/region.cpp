@@ -1,7 +1,5 @@
 #include "klv/gdi/raster/region.h"
 
-#include "klv/gdi/gdi.h"
-
 #include <algorithm>
 #include <new>
 #include <utility>
@@ -98,13 +96,6 @@ box ordered_box(std::int32_t left, std::int32_t top, std::int32_t right, std::in
 box intersection(const box& a, const box& b)
 {
     return {std::max(a.x1, b.x1), std::max(a.y1, b.y1), std::min(a.x2, b.x2), std::min(a.y2, b.y2)};
-}
-
-INT complexity(const region& r)
-{
-    if (r.empty())
-        return NULLREGION;
-    return r.is_rectangle() ? SIMPLEREGION : COMPLEXREGION;
 }
 
 } // namespace klv::gdi

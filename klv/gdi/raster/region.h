@@ -52,7 +52,5 @@ private:
 [[nodiscard]] box ordered_box(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
 [[nodiscard]] inline bool is_empty(const box& b) { return b.x1 >= b.x2 || b.y1 >= b.y2; }
 [[nodiscard]] box intersection(const box& a, const box& b);
-/// NULLREGION, SIMPLEREGION or COMPLEXREGION.
-[[nodiscard]] INT complexity(const region& r);
 
 } // namespace klv::gdi

@@ -18,7 +18,6 @@ public:
 
     [[nodiscard]] bool uses_pattern() const { return (table_ >> 4) != (table_ & 0x0F); }
     [[nodiscard]] bool uses_source() const { return (table_ >> 2 & 0x33) != (table_ & 0x33); }
-    [[nodiscard]] bool uses_destination() const { return (table_ >> 1 & 0x55) != (table_ & 0x55); }
     [[nodiscard]] bool is_source_copy() const { return table_ == 0xCC; }
     /// The mix mode (R2_BLACK to R2_WHITE) of an operation without source.
     [[nodiscard]] INT to_rop2() const;

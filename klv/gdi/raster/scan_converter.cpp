@@ -383,10 +383,4 @@ void scan_converter::run(fill_rule rule, span_sink& sink)
     out.flush();
 }
 
-scan_converter& shared_scan_converter()
-{
-    static scan_converter instance;
-    return instance;
-}
-
 } // namespace klv::gdi

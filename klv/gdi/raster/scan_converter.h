@@ -73,7 +73,4 @@ private:
     std::vector<edge> active_;
 };
 
-/// The one that all drawing shares; drawing is single-threaded.
-scan_converter& shared_scan_converter();
-
 } // namespace klv::gdi

@@ -10,21 +10,6 @@ namespace klv::gdi {
 
 namespace {
 
-// Buffers that outlive the strokers, so that drawing does not allocate.
-struct scratch {
-    std::vector<fixed_point> path;
-    std::vector<POINT> pixels;
-    std::vector<fixed_point> disc; ///< offsets from the centre
-    std::int32_t disc_width = 0;
-};
-scratch& shared()
-{
-    static scratch buffers;
-    return buffers;
-}
-
-constexpr std::int32_t widest_pen = 1 << 20;
-
 fixed_point centre_of(const POINT& p)
 {
     constexpr LONG limit = 1 << 26;
@@ -47,30 +32,28 @@ const stroker::dash_pattern* stroker::dashes_of(UINT style)
     return style >= PS_DASH && style <= PS_DASHDOTDOT ? &patterns[style - PS_DASH] : nullptr;
 }
 
-stroker::stroker(drawing_context& dc)
+stroker::stroker(const canvas& on, const pen_ink& pen)
+    : scratch_(on.scratch)
 {
-    const LOGPEN& pen = dc.state.pen->log;
-    const surface& s = dc.target();
-    if (pen.lopnStyle == PS_NULL || s.top == nullptr || dc.state.rop2 == R2_NOP)
+    const surface& s = on.pixels;
+    if (pen.style == PS_NULL || s.top == nullptr || pen.rop2 == R2_NOP)
         return;
-    const INT width = std::abs(dc.state.map.width_to_device(std::min(pen.lopnWidth.x, widest_pen)));
-    dashes_ = width <= 1 ? dashes_of(pen.lopnStyle) : nullptr;
-    width_ = dashes_ ? 1 : std::clamp(width, dc.pixels_of_common_pixel(), widest_pen);
-    const auto painter_of = [&](COLORREF colour) {
-        const rgb c = resolve_colour(dc, colour);
-        return solid_painter(s, make_pixel_op(dc.state.rop2, pixel_of(s, c), used_bits(s)));
+    dashes_ = pen.width <= 1 ? dashes_of(pen.style) : nullptr;
+    width_ = dashes_ ? 1 : std::clamp(pen.width, on.common_pixel, widest_pen);
+    const auto painter_of = [&](rgb colour) {
+        return solid_painter(s, make_pixel_op(pen.rop2, pixel_of(s, colour), used_bits(s)), on.meter);
     };
-    solid_.emplace(painter_of(pen.lopnColor));
-    output_.emplace(dc, *solid_);
+    solid_.emplace(painter_of(pen.colour));
+    output_.emplace(on.clip, *solid_);
     if (wide()) {
-        shared_scan_converter().begin(output_->bounds());
+        scratch_.converter.begin(output_->bounds());
         make_disc();
         return;
     }
     spans_.emplace(output_->sink());
-    if (dashed() && dc.state.background_mode == OPAQUE) {
-        gaps_.emplace(painter_of(dc.state.background_colour));
-        gap_output_.emplace(dc, *gaps_);
+    if (dashed() && pen.gaps) {
+        gaps_.emplace(painter_of(*pen.gaps));
+        gap_output_.emplace(on.clip, *gaps_);
         gap_spans_.emplace(gap_output_->sink());
     }
 }
@@ -80,7 +63,7 @@ void stroker::lines(std::span<const POINT> points, bool closed)
     if (!visible() || points.empty())
         return;
     if (wide()) {
-        auto& path = shared().path;
+        auto& path = scratch_.stroke.path;
         path.resize(points.size());
         std::transform(points.begin(), points.end(), path.begin(), centre_of);
         wide_lines(path, closed);
@@ -101,7 +84,7 @@ void stroker::lines(std::span<const fixed_point> points, bool closed)
         wide_lines(points, closed);
         return;
     }
-    auto& pixels = shared().pixels;
+    auto& pixels = scratch_.stroke.pixels;
     pixels.resize(points.size());
     std::transform(points.begin(), points.end(), pixels.begin(), pixel_at);
     lines(std::span<const POINT>(pixels), closed);
@@ -118,7 +101,7 @@ void stroker::finish()
     if (!visible())
         return;
     if (wide())
-        shared_scan_converter().run(fill_rule::non_zero, output_->sink());
+        scratch_.converter.run(fill_rule::non_zero, output_->sink());
     else
         spans_->flush();
     if (gap_spans_)
@@ -159,7 +142,7 @@ void stroker::dashed_line(POINT from, POINT to)
 // The disc turns the way the bars of add_bar do, so that windings only add up.
 void stroker::make_disc()
 {
-    auto& s = shared();
+    auto& s = scratch_.stroke;
     if (s.disc_width == width_)
         return;
     s.disc_width = width_;
@@ -171,13 +154,13 @@ void stroker::make_disc()
 
 void stroker::add_disc(fixed_point centre)
 {
-    static std::vector<fixed_point> moved;
-    const auto& disc = shared().disc;
+    auto& moved = scratch_.stroke.moved_disc;
+    const auto& disc = scratch_.stroke.disc;
     moved.resize(disc.size());
     std::transform(disc.begin(), disc.end(), moved.begin(), [&](const fixed_point& p) {
         return fixed_point{centre.x + p.x, centre.y + p.y};
     });
-    shared_scan_converter().add_polygon(std::span<const fixed_point>(moved));
+    scratch_.converter.add_polygon(std::span<const fixed_point>(moved));
 }
 
 /// Half the pen's width to one side of a line; zero for a line without length.
@@ -196,7 +179,7 @@ void stroker::add_bar(fixed_point from, fixed_point to, fixed_point side)
 {
     const fixed_point corners[] = {{from.x + side.x, from.y + side.y}, {to.x + side.x, to.y + side.y},
         {to.x - side.x, to.y - side.y}, {from.x - side.x, from.y - side.y}};
-    shared_scan_converter().add_polygon(std::span<const fixed_point>(corners));
+    scratch_.converter.add_polygon(std::span<const fixed_point>(corners));
 }
 
 // Where the direction hardly changes, as along a flattened curve, the wedge between the two bars is a
@@ -216,7 +199,7 @@ void stroker::add_join(fixed_point at, fixed_point in, fixed_point out)
         const fixed_point second = cross > 0 ? in : out;
         const fixed_point wedge[] = {at, {at.x + sign * first.x, at.y + sign * first.y},
             {at.x + sign * second.x, at.y + sign * second.y}};
-        shared_scan_converter().add_polygon(std::span<const fixed_point>(wedge));
+        scratch_.converter.add_polygon(std::span<const fixed_point>(wedge));
     }
 }
 

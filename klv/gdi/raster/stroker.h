@@ -3,7 +3,6 @@
 #include "klv/gdi/raster/brush_painter.h"
 #include "klv/gdi/raster/curves.h"
 #include "klv/gdi/raster/line_walker.h"
-#include "klv/gdi/state/dc.h"
 
 #include <array>
 #include <cstdint>
@@ -13,12 +12,24 @@
 
 namespace klv::gdi {
 
-/// Draws lines with the selected pen. Pens of one device pixel step along the line; wider ones become
+/// No pen is wider, in device pixels.
+inline constexpr std::int32_t widest_pen = 1 << 20;
+
+/// A pen with its colours looked up.
+struct pen_ink {
+    UINT style = 0; ///< PS_SOLID to PS_INSIDEFRAME
+    std::int32_t width = 0; ///< device pixels; 0 is as thin as can be
+    rgb colour = 0;
+    std::optional<rgb> gaps; ///< between dashes; none leaves what is there
+    INT rop2 = 0;
+};
+
+/// Draws lines with a pen. Pens of one device pixel step along the line; wider ones become
 /// polygons with round joins and ends, filled together when finish is called so that a mix mode meets each
 /// pixel once.
 class stroker {
 public:
-    explicit stroker(drawing_context& dc);
+    stroker(const canvas& on, const pen_ink& pen);
 
     [[nodiscard]] bool visible() const { return solid_.has_value(); }
     /// Device pixels; at least 1.
@@ -51,6 +62,7 @@ private:
     void make_disc();
     [[nodiscard]] bool dash_at(std::int64_t distance) const;
 
+    raster_scratch& scratch_;
     std::int32_t width_ = 1;
     const dash_pattern* dashes_ = nullptr;
     std::int64_t dash_start_ = 0; ///< distance along the line so far

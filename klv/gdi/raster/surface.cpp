@@ -1,6 +1,7 @@
 #include "klv/gdi/raster/surface.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <iterator>
 #include <new>
@@ -75,40 +76,39 @@ std::uint32_t from_channel(std::uint32_t pixel, std::uint32_t mask)
 
 void colour_table::changed()
 {
-    static std::uint32_t last_version = 0;
+    static std::atomic<std::uint32_t> last_version = 0;
     version = ++last_version;
 }
 
-std::shared_ptr<bitmap_object> new_bitmap(std::int32_t width, std::int32_t height, int bits, bool bottom_up)
+surface surface_memory::make(std::int32_t width, std::int32_t height, int bits, bool bottom_up)
 {
     if (width <= 0 || height <= 0 || width > largest_side || height > largest_side)
-        return nullptr;
-    const std::uint64_t stride
+        return {};
+    const std::uint64_t row_bytes
         = dib_row_bytes(static_cast<std::uint64_t>(width), static_cast<unsigned>(bits));
-    const std::uint64_t bytes = stride * static_cast<std::uint64_t>(height);
+    const std::uint64_t bytes = row_bytes * static_cast<std::uint64_t>(height);
     if (bytes > largest_bytes)
-        return nullptr;
-    auto bitmap = std::make_shared<bitmap_object>();
-    bitmap->memory.reset(new (std::nothrow) std::uint8_t[bytes]());
-    if (!bitmap->memory)
-        return nullptr;
-    bitmap->set_pixels(bitmap->memory.get(), width, height, bits, bottom_up);
-    return bitmap;
+        return {};
+    bytes_.reset(new (std::nothrow) std::uint8_t[bytes]());
+    if (!bytes_)
+        return {};
+    const auto stride = static_cast<std::ptrdiff_t>(row_bytes);
+    surface s;
+    s.width = width;
+    s.height = height;
+    s.bits = bits;
+    s.masks = bits == 16 ? masks_555 : masks_888;
+    s.stride = bottom_up ? -stride : stride;
+    s.top = bottom_up ? first() + stride * (height - 1) : first();
+    return s;
 }
 
-void bitmap_object::set_pixels(
-    std::uint8_t* bits, std::int32_t width, std::int32_t height, int bits_per_pixel, bool bottom_up)
+rgb palette_colour(std::span<const PALETTEENTRY> palette, std::size_t index)
 {
-    const auto stride = static_cast<std::ptrdiff_t>(
-        dib_row_bytes(static_cast<std::uint64_t>(width), static_cast<unsigned>(bits_per_pixel)));
-    first = bits;
-    top_down = !bottom_up;
-    pixels.width = width;
-    pixels.height = height;
-    pixels.bits = bits_per_pixel;
-    pixels.masks = bits_per_pixel == 16 ? masks_555 : masks_888;
-    pixels.stride = bottom_up ? -stride : stride;
-    pixels.top = bottom_up ? bits + stride * (height - 1) : bits;
+    if (index >= palette.size())
+        return 0;
+    const PALETTEENTRY& e = palette[index];
+    return std::uint32_t{e.peRed} << 16 | std::uint32_t{e.peGreen} << 8 | e.peBlue;
 }
 
 std::shared_ptr<colour_table> default_colour_table(int bits)
@@ -132,7 +132,7 @@ std::shared_ptr<colour_table> default_colour_table(int bits)
 
 unsigned nearest_index(const colour_table& table, rgb colour)
 {
-    static std::array<nearest_cache_entry, nearest_cache_size> cache;
+    static thread_local std::array<nearest_cache_entry, nearest_cache_size> cache;
     auto& entry = cache[(colour * 2654435761U >> 20) % nearest_cache_size];
     if (entry.version != table.version || entry.colour != colour)
         entry = {table.version, colour, search_nearest(table, colour)};

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "klv/gdi/raster/region.h"
-#include "klv/gdi/state/objects.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
+#include <optional>
+#include <span>
 
 namespace klv::gdi {
 
@@ -26,6 +26,8 @@ struct colour_table {
     unsigned count = 0;
     /// Tells the contents: no two tables, and no two states of one, have the same.
     std::uint32_t version = 0;
+    /// The screen's: realising a palette changes it, from any thread.
+    bool of_screen = false;
 
     /// Call after changing entries.
     void changed();
@@ -40,6 +42,11 @@ struct colour_table {
     return {static_cast<BYTE>(c & 0xFFU), static_cast<BYTE>(c >> 8 & 0xFFU),
         static_cast<BYTE>(c >> 16 & 0xFFU), 0};
 }
+
+/// A palette to look indices up in; without one they stay as they are.
+using palette_view = std::optional<std::span<const PALETTEENTRY>>;
+/// The colour of a palette's entry, black beyond its end.
+[[nodiscard]] rgb palette_colour(std::span<const PALETTEENTRY> palette, std::size_t index);
 
 /// Where the channels of a 16- or 32-bit pixel lie.
 struct channel_masks {
@@ -80,29 +87,18 @@ struct surface {
     return (width * bits + 31) / 32 * 4;
 }
 
-/// A bitmap: a surface and the memory it stands on.
-struct bitmap_object : gdi_object {
-    static constexpr object_kind kind_id = object_kind::bitmap;
-    bitmap_object()
-        : gdi_object(kind_id)
-    {
-    }
-    INT describe(INT size, void* buffer) const override;
+/// The zero-filled memory of a surface, its rows padded to 4 bytes.
+class surface_memory {
+public:
+    /// The description of fresh pixels, this memory's from now on. \return one without pixels when the sizes
+    /// are impossible or memory is out.
+    [[nodiscard]] surface make(std::int32_t width, std::int32_t height, int bits, bool bottom_up);
+    /// The lowest address of the pixels.
+    [[nodiscard]] std::uint8_t* first() const { return bytes_.get(); }
 
-    /// Lays the surface over memory whose rows are padded to 4 bytes.
-    void set_pixels(
-        std::uint8_t* bits, std::int32_t width, std::int32_t height, int bits_per_pixel, bool bottom_up);
-
-    surface pixels;
-    std::uint8_t* first = nullptr; ///< lowest address of the pixels
-    std::unique_ptr<std::uint8_t[]> memory;
-    bool section = false; ///< made by CreateDIBSection: bits can be reached from outside
-    bool top_down = false;
-    HDC selected_into = nullptr; ///< a bitmap is selected into one context at a time
+private:
+    std::unique_ptr<std::uint8_t[]> bytes_;
 };
-
-/// Zero-filled bitmap with rows padded to 4 bytes; null when the sizes are impossible or memory is out.
-std::shared_ptr<bitmap_object> new_bitmap(std::int32_t width, std::int32_t height, int bits, bool bottom_up);
 
 /// The default colours of a surface of 1, 4 or 8 bits (the 20 static colours at both ends for 8).
 std::shared_ptr<colour_table> default_colour_table(int bits);

@@ -3,6 +3,7 @@
 #include "klv/gdi/gdi.h"
 #include "klv/gdi/raster/dib_source.h"
 #include "klv/gdi/raster/pixel_rows.h"
+#include "klv/gdi/state/screen.h"
 #include "klv/platform/system/global_memory.h"
 
 namespace klv {
@@ -16,9 +17,18 @@ INT brush_object::describe(INT size, void* buffer) const
 
 namespace {
 
-std::shared_ptr<bitmap_object> copy_bitmap(const bitmap_object& from)
+std::shared_ptr<colour_table> copy_table(const colour_table& from)
 {
-    const surface& s = from.pixels;
+    std::unique_lock<std::recursive_mutex> lock;
+    if (from.of_screen)
+        lock = std::unique_lock(screen_mutex());
+    auto copy = std::make_shared<colour_table>(from);
+    copy->of_screen = false;
+    return copy;
+}
+
+std::shared_ptr<bitmap_object> copy_pixels(const surface& s)
+{
     auto copy = new_bitmap(s.width, s.height, s.bits, false);
     if (!copy)
         return nullptr;
@@ -30,7 +40,7 @@ std::shared_ptr<bitmap_object> copy_bitmap(const bitmap_object& from)
     copy->pixels.masks = s.masks;
     copy->pixels.monochrome = s.monochrome;
     if (s.table)
-        copy->pixels.table = std::make_shared<colour_table>(*s.table);
+        copy->pixels.table = copy_table(*s.table);
     return copy;
 }
 
@@ -69,7 +79,7 @@ HBRUSH CreatePatternBrush(HBITMAP bitmap) noexcept
 {
     return guarded([&]() -> HBRUSH {
         const auto* from = find<bitmap_object>(bitmap);
-        return from == nullptr ? nullptr : make_tiled_brush(BS_PATTERN, copy_bitmap(*from), false);
+        return from == nullptr ? nullptr : make_tiled_brush(BS_PATTERN, copy_pixels(from->pixels), false);
     });
 }
 
@@ -77,11 +87,9 @@ HBRUSH CreateDIBPatternBrushPt(const void* packed, UINT usage) noexcept
 {
     return guarded([&]() -> HBRUSH {
         dib_source source;
-        if (packed == nullptr || !source.open_packed(packed, usage, nullptr))
+        if (packed == nullptr || !source.open_packed(packed, usage, std::nullopt))
             return nullptr;
-        bitmap_object view;
-        view.pixels = source.pixels();
-        return make_tiled_brush(BS_DIBPATTERN, copy_bitmap(view), usage == DIB_PAL_COLORS);
+        return make_tiled_brush(BS_DIBPATTERN, copy_pixels(source.pixels()), usage == DIB_PAL_COLORS);
     });
 }
 

@@ -1,7 +1,7 @@
 #include "klv/gdi/state/palette.h"
 
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/state/dc.h"
+#include "klv/gdi/state/context.h"
 #include "klv/gdi/state/screen.h"
 
 #include <algorithm>
@@ -72,21 +72,34 @@ bool realise_entry(screen& s, const PALETTEENTRY& entry)
 
 } // namespace
 
-rgb resolve_colour(const drawing_context& dc, COLORREF colour)
+rgb resolve_colour(const drawing_state& state, COLORREF colour)
 {
     if (colour >> 24 == 0)
         return gdi::to_rgb(colour);
     constexpr COLORREF is_index = 0x01;
     constexpr COLORREF is_palette_rgb = 0x02;
-    const auto& palette = dc.state.palette;
+    const auto& palette = state.palette;
     const COLORREF kind = colour >> 24;
-    if (kind == is_index && palette) {
-        const std::size_t index = colour & 0xFFFF;
-        return index < palette->entries.size() ? to_rgb(palette->entries[index]) : 0;
-    }
-    if (kind == is_palette_rgb && palette && !palette->entries.empty() && the_screen().bits == 8)
+    if (kind == is_index)
+        return palette_colour(palette->entries, colour & 0xFFFF);
+    if (kind == is_palette_rgb && !palette->entries.empty() && the_screen().bits == 8)
         return to_rgb(palette->entries[nearest_entry(*palette, gdi::to_rgb(colour))]);
     return gdi::to_rgb(colour);
+}
+
+UINT realise_on_screen(const palette_object& palette)
+{
+    const std::lock_guard lock(screen_mutex());
+    auto& s = the_screen();
+    if (palette.stock || !s.table)
+        return 0;
+    UINT changed = 0;
+    s.realised = 0;
+    for (const PALETTEENTRY& e : palette.entries)
+        changed += realise_entry(s, e);
+    if (changed != 0)
+        s.table->changed();
+    return changed;
 }
 
 } // namespace gdi
@@ -106,28 +119,19 @@ HPALETTE CreatePalette(const LOGPALETTE* palette) noexcept
 
 HPALETTE SelectPalette(HDC handle, HPALETTE palette, BOOL) noexcept
 {
-    auto* dc = find_context(handle);
-    auto selected = find_shared<palette_object>(palette);
-    if (dc == nullptr || !selected)
-        return nullptr;
-    const auto old = handle_of<HPALETTE>(dc->state.palette ? dc->state.palette->token : 0);
-    dc->state.palette = std::move(selected);
-    return old;
+    return with_context(handle, [=](drawing_context& dc) -> HPALETTE {
+        auto selected = find_shared<palette_object>(palette);
+        if (!selected)
+            return nullptr;
+        const auto old = std::exchange(dc.state.palette, std::move(selected));
+        dc.out->select(dc.state, *dc.state.palette);
+        return handle_of<HPALETTE>(old->token);
+    });
 }
 
 UINT RealizePalette(HDC handle) noexcept
 {
-    const auto* dc = find_context(handle);
-    auto& s = the_screen();
-    if (dc == nullptr || !dc->state.palette || dc->state.palette->stock || !s.table)
-        return 0;
-    UINT changed = 0;
-    s.realised = 0;
-    for (const PALETTEENTRY& e : dc->state.palette->entries)
-        changed += realise_entry(s, e);
-    if (changed != 0)
-        s.table->changed();
-    return changed;
+    return with_context(handle, [](drawing_context& dc) { return dc.out->realise_palette(dc.state); });
 }
 
 BOOL UnrealizeObject(HGDIOBJ object) noexcept { return find_object(token_of(object)) != nullptr; }
@@ -188,19 +192,14 @@ UINT GetNearestPaletteIndex(HPALETTE handle, COLORREF colour) noexcept
 
 COLORREF GetNearestColor(HDC handle, COLORREF colour) noexcept
 {
-    auto* dc = find_context(handle);
-    if (dc == nullptr)
-        return CLR_INVALID;
-    const rgb wanted = resolve_colour(*dc, colour);
-    // Depths that show every colour need no pixels, so that asking does not make the screen's.
-    if (dc->context == context_kind::screen && the_screen().bits >= 24)
-        return to_colorref(wanted);
-    const surface& s = dc->target();
-    return s.top == nullptr ? to_colorref(wanted) : to_colorref(colour_of(s, pixel_of(s, wanted)));
+    return with_context(handle, CLR_INVALID, [=](drawing_context& dc) {
+        return to_colorref(dc.out->nearest(dc.state, resolve_colour(dc.state, colour)));
+    });
 }
 
 UINT GetSystemPaletteEntries(HDC handle, UINT first, UINT count, PALETTEENTRY* entries) noexcept
 {
+    const std::lock_guard lock(screen_mutex());
     const auto& s = the_screen();
     if (find_context(handle) == nullptr || !s.table)
         return 0;

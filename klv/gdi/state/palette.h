@@ -18,4 +18,8 @@ struct palette_object : gdi_object {
     std::vector<PALETTEENTRY> entries;
 };
 
+/// Gives a palette's colours to the free entries of the system palette. \return entries that changed; 0 on
+/// a screen without a palette, and for the stock palette.
+UINT realise_on_screen(const palette_object& palette);
+
 } // namespace klv::gdi

@@ -1,6 +1,7 @@
 #include "klv/gdi/state/screen.h"
 
 #include "klv/gdi/gdi.h"
+#include "klv/gdi/state/objects.h"
 
 namespace klv {
 
@@ -12,15 +13,19 @@ screen& the_screen()
     return instance;
 }
 
+std::recursive_mutex& screen_mutex()
+{
+    static std::recursive_mutex mutex;
+    return mutex;
+}
+
 const surface& screen::target()
 {
-    static const surface nothing;
-    if (!pixels) {
-        pixels = new_bitmap(width, height, bits, false);
-        if (pixels)
-            pixels->pixels.table = table;
+    if (pixels_.top == nullptr) {
+        pixels_ = memory_.make(width, height, bits, false);
+        pixels_.table = table;
     }
-    return pixels ? pixels->pixels : nothing;
+    return pixels_;
 }
 
 namespace {
@@ -46,10 +51,11 @@ BOOL SetScreenSize(INT width, INT height) noexcept
 {
     if (width <= 0 || height <= 0 || width > largest_screen_side || height > largest_screen_side)
         return FALSE;
+    const std::lock_guard lock(screen_mutex());
     auto& s = the_screen();
     s.width = width;
     s.height = height;
-    s.pixels.reset();
+    s.reset();
     return TRUE;
 }
 
@@ -58,11 +64,14 @@ BOOL SetScreenDepth(INT bits) noexcept
     return guarded([&]() -> BOOL {
         if (bits != 8 && bits != 16 && bits != 24 && bits != 32)
             return FALSE;
+        const std::lock_guard lock(screen_mutex());
         auto& s = the_screen();
-        s.bits = bits;
         s.table = bits == 8 ? default_colour_table(bits) : nullptr;
+        if (s.table)
+            s.table->of_screen = true;
+        s.bits = bits;
         s.realised = 0;
-        s.pixels.reset();
+        s.reset();
         return TRUE;
     });
 }

@@ -1,9 +1,13 @@
 #include "klv/gdi/state/stock.h"
 
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/state/dc.h"
+#include "klv/gdi/state/brush.h"
+#include "klv/gdi/state/palette.h"
+#include "klv/gdi/state/pen.h"
+#include "klv/gdi/text/font.h"
 
 #include <array>
+#include <mutex>
 
 namespace klv {
 
@@ -72,37 +76,47 @@ std::shared_ptr<gdi_object> make_stock(INT index)
     }
 }
 
-} // namespace
+/// Every index of GetStockObject, then the bitmap that a fresh memory context draws on.
+constexpr std::size_t stock_bitmap_index = DEFAULT_GUI_FONT + 1;
 
-std::shared_ptr<gdi_object> stock_object(INT index)
+std::shared_ptr<gdi_object> make_stock_bitmap()
 {
-    static std::array<std::shared_ptr<gdi_object>, DEFAULT_GUI_FONT + 1> made;
-    if (index < 0 || static_cast<std::size_t>(index) >= made.size())
-        return nullptr;
-    auto& slot = made[static_cast<std::size_t>(index)];
+    auto made = new_bitmap(1, 1, 1, false);
+    if (!made)
+        throw std::bad_alloc();
+    made->pixels.table = default_colour_table(1);
+    made->pixels.monochrome = true;
+    return made;
+}
+
+/// Made when they are first asked for, for all threads.
+std::shared_ptr<gdi_object> stock_at(std::size_t index)
+{
+    static std::mutex mutex;
+    static std::array<std::shared_ptr<gdi_object>, stock_bitmap_index + 1> made;
+    const std::lock_guard lock(mutex);
+    auto& slot = made[index];
     if (!slot) {
-        slot = make_stock(index);
-        if (slot) {
-            slot->stock = true;
-            register_object(slot);
+        auto object = index == stock_bitmap_index ? make_stock_bitmap() : make_stock(static_cast<INT>(index));
+        if (object) {
+            object->stock = true;
+            register_object(object);
         }
+        slot = std::move(object);
     }
     return slot;
 }
 
+} // namespace
+
+std::shared_ptr<gdi_object> stock_object(INT index)
+{
+    return index < 0 || index > DEFAULT_GUI_FONT ? nullptr : stock_at(static_cast<std::size_t>(index));
+}
+
 std::shared_ptr<bitmap_object> stock_bitmap()
 {
-    static std::shared_ptr<bitmap_object> made;
-    if (!made) {
-        made = new_bitmap(1, 1, 1, false);
-        if (!made)
-            throw std::bad_alloc();
-        made->pixels.table = default_colour_table(1);
-        made->pixels.monochrome = true;
-        made->stock = true;
-        register_object(made);
-    }
-    return made;
+    return std::static_pointer_cast<bitmap_object>(stock_at(stock_bitmap_index));
 }
 
 } // namespace gdi

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/gdi/raster/surface.h"
+#include "klv/gdi/state/bitmap_object.h"
 #include "klv/gdi/state/objects.h"
 
 namespace klv::gdi {

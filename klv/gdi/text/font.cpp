@@ -222,7 +222,7 @@ LOGFONTA stock_description(INT index)
 
 } // namespace
 
-std::shared_ptr<gdi_object> make_stock_font(INT index)
+std::shared_ptr<font_object> make_stock_font(INT index)
 {
     return std::make_shared<font_object>(stock_description(index));
 }

@@ -138,6 +138,9 @@ private:
     std::vector<std::uint8_t> scratch_; // mask of the last one that was not
 };
 
+/// The font of GetStockObject's index.
+std::shared_ptr<font_object> make_stock_font(INT index);
+
 /// The realised form of a font at a scale, from a small store of those used last.
 std::shared_ptr<realised_font> realise(const font_object& font, const font_scale& scale);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/gdi/state/dc.h"
+#include "klv/gdi/state/drawing_state.h"
 #include "klv/gdi/text/font.h"
 
 #include <algorithm>
@@ -10,13 +10,13 @@
 
 namespace klv::gdi {
 
-/// The font selected into a context, realised at the context's scale.
+/// The selected font, realised at the scale of the mapping.
 struct selected_font {
     const font_object* object = nullptr;
     font_scale scale;
-    std::shared_ptr<realised_font> font; ///< null when the context has no usable font
+    std::shared_ptr<realised_font> font; ///< null when there is no usable one
 };
-selected_font find_selected_font(const drawing_context& dc);
+selected_font find_selected_font(const drawing_state& state);
 
 /// Distances of text, in device pixels along the baseline.
 using pixels = std::int64_t;
@@ -28,12 +28,12 @@ inline pixels scaled(std::int64_t logical, double scale)
     return std::llround(std::clamp(static_cast<double>(logical) * scale, -limit, limit));
 }
 
-/// A string as it is set in a context: the advances of its characters with the context's spacing, or those
-/// given (logical units, one for each byte).
+/// A string as it is set: the advances of its characters with the state's spacing, or those given (logical
+/// units, one for each byte).
 class text_run {
 public:
-    text_run(const drawing_context& dc, const selected_font& selected, std::string_view text, const LONG* dx)
-        : state_(dc.state)
+    text_run(const drawing_state& state, const selected_font& selected, std::string_view text, const LONG* dx)
+        : state_(state)
         , font_(*selected.font)
         , scale_(selected.scale)
         , text_(text)
@@ -80,7 +80,7 @@ private:
         return extra * (n + 1) / state_.justify_count - extra * n / state_.justify_count;
     }
 
-    const dc_state& state_;
+    const drawing_state& state_;
     realised_font& font_;
     font_scale scale_;
     std::string_view text_;

@@ -1,18 +1,15 @@
-#include "klv/gdi/gdi.h"
-#include "klv/gdi/raster/brush_painter.h"
+#include "klv/gdi/raster/flood.h"
+
 #include "klv/gdi/raster/pixel_rows.h"
-#include "klv/gdi/state/region_object.h"
 
 #include <algorithm>
 #include <vector>
 
-namespace klv {
-
-using namespace gdi;
+namespace klv::gdi {
 
 namespace {
 
-/// Finds the connected pixels that are to be filled, run by run. Every row of the surface is read once.
+/// Finds the connected pixels run by run.
 class flood {
 public:
     flood(const surface& s, const box& bounds, std::uint32_t pixel, bool fill_while_equal)
@@ -78,29 +75,11 @@ private:
 
 } // namespace
 
-BOOL ExtFloodFill(HDC handle, INT x, INT y, COLORREF colour, UINT type) noexcept
+region connected_pixels(const surface& s, const box& bounds, std::uint32_t pixel, bool while_equal,
+    std::int32_t x, std::int32_t y)
 {
-    return guarded([&]() -> BOOL {
-        auto* dc = find_context(handle);
-        if (dc == nullptr || type > FLOODFILLSURFACE)
-            return FALSE;
-        const surface& s = dc->target();
-        const region& clip = dc->effective_clip();
-        const POINT start = dc->state.map.to_device(POINT{x, y});
-        if (s.top == nullptr || !clip.contains(start.x, start.y))
-            return FALSE;
-        const std::uint32_t pixel = pixel_of(s, resolve_colour(*dc, colour));
-        const bool while_equal = type == FLOODFILLSURFACE;
-        if ((read_pixel(s, start.x, start.y) == pixel) != while_equal)
-            return FALSE;
-        flood filling(s, clip.extents(), pixel, while_equal);
-        region area{std::span<const box>(filling.run(start.x, start.y))};
-        area.intersect(area, clip);
-        brush_painter painter(*dc, *dc->state.brush, dc->state.rop2);
-        if (painter.visible())
-            draw_region(area, painter.sink());
-        return TRUE;
-    });
+    flood filling(s, bounds, pixel, while_equal);
+    return region{std::span<const box>(filling.run(x, y))};
 }
 
-} // namespace klv
+} // namespace klv::gdi

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "klv/base/types.h"
+
+#include <cstdint>
+#include <span>
+#include <variant>
+
+/// Figures as they were called for, in logical units. Points and counts are the caller's: they hold for the
+/// call only.
+namespace klv::gdi {
+
+/// LineTo and PolylineTo: on from the current position, which moves to the last point after the call.
+struct lines_to {
+    std::span<const POINT> points; ///< at least one
+};
+
+/// Polyline and PolyPolyline: the points of each line, one line after the other.
+struct polylines {
+    const POINT* points;
+    std::span<const DWORD> counts;
+};
+
+/// PolyBezier: 3 n + 1 points.
+struct beziers {
+    std::span<const POINT> points;
+};
+
+/// Polygon and PolyPolygon: closed, filled together by the fill mode; counts are not negative.
+struct polygons {
+    const POINT* points;
+    std::span<const INT> counts;
+};
+
+struct rectangle {
+    RECT box;
+};
+
+/// Rectangle with corners that are quarters of a width x height ellipse.
+struct rounded_rectangle {
+    RECT box;
+    INT width;
+    INT height;
+};
+
+struct ellipse_in {
+    RECT box;
+};
+
+/// EllipseRing: filled without an outline.
+struct ellipse_ring {
+    RECT outer;
+    RECT inner;
+};
+
+/// Arc, Chord and Pie: from the ray through start to the ray through end, in the state's arc direction.
+struct elliptic_arc {
+    enum class closure : std::uint8_t { open, chord, pie };
+
+    closure closed;
+    RECT box;
+    POINT start;
+    POINT end;
+};
+
+using figure = std::variant<lines_to, polylines, beziers, polygons, rectangle, rounded_rectangle, ellipse_in,
+    ellipse_ring, elliptic_arc>;
+
+} // namespace klv::gdi
