@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <string>
 
 #include <fontconfig/fontconfig.h>
@@ -59,7 +60,7 @@ const installed_families& all_families()
 {
     static const installed_families families = [] {
         installed_families found;
-        FcInit();
+        const std::lock_guard lock(fontconfig_mutex());
         const FcFontSet* fonts = FcConfigGetFonts(nullptr, FcSetSystem);
         for (int i = 0; fonts && i < fonts->nfont; ++i) {
             FcBool scalable = FcFalse;

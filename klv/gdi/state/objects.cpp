@@ -1,7 +1,12 @@
 #include "klv/gdi/state/objects.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <bit>
 #include <cstring>
+#include <mutex>
+#include <vector>
 
 namespace klv::gdi {
 
@@ -15,13 +20,102 @@ constexpr std::uint32_t last_generation = (1U << (32 - slot_bits)) - 1;
 
 struct slot {
     std::shared_ptr<gdi_object> object;
-    std::uint32_t generation = 1;
+    std::uint32_t generation = 1; ///< of the next object
+    std::atomic<std::uint32_t> live = 0; ///< generation of the object that is here; 0 while there is none
 };
 
-struct object_table {
-    std::vector<slot> slots;
-    std::vector<std::uint32_t> free;
-    std::size_t used = 0;
+// Slots stand in chunks that never move, each twice as long as the one before, so that a look-up takes no
+// lock: it meets a slot whose object is wholly there, or one that is not the token's. All changes are made
+// under the mutex. An object is looked up by the thread that may remove it and by no other.
+class object_table {
+public:
+    [[nodiscard]] slot* find(std::uint32_t token)
+    {
+        const std::uint32_t index = token & slot_mask;
+        const auto [chunk, offset] = place_of(index);
+        slot* const first = chunks_[chunk].load(std::memory_order_acquire);
+        const std::uint32_t generation = token >> slot_bits;
+        if (first == nullptr || generation == 0
+            || first[offset].live.load(std::memory_order_acquire) != generation)
+            return nullptr;
+        return &first[offset];
+    }
+
+    std::uint32_t add(std::shared_ptr<gdi_object> object)
+    {
+        const std::lock_guard lock(mutex_);
+        if (free_.empty() && !add_slot())
+            return 0;
+        const std::uint32_t index = free_.back();
+        free_.pop_back();
+        slot& s = at(index);
+        object->token = s.generation << slot_bits | index;
+        s.object = std::move(object);
+        s.live.store(s.generation, std::memory_order_release);
+        return s.object->token;
+    }
+
+    [[nodiscard]] std::shared_ptr<gdi_object> remove(std::uint32_t token)
+    {
+        const std::lock_guard lock(mutex_);
+        slot* const s = find(token);
+        if (s == nullptr)
+            return nullptr;
+        s->live.store(0, std::memory_order_release);
+        s->generation = s->generation == last_generation ? 1 : s->generation + 1;
+        free_.push_back(token & slot_mask);
+        return std::move(s->object);
+    }
+
+    [[nodiscard]] std::size_t used()
+    {
+        const std::lock_guard lock(mutex_);
+        return count_ - free_.size();
+    }
+
+private:
+    static constexpr unsigned first_chunk_bits = 8;
+    static constexpr unsigned chunk_count = slot_bits - first_chunk_bits + 1;
+
+    struct place {
+        std::size_t chunk;
+        std::size_t offset;
+    };
+    /// Chunk 0 holds the slots below 2^first_chunk_bits, every other as many as all before it.
+    static place place_of(std::uint32_t index)
+    {
+        const auto bits = static_cast<unsigned>(std::bit_width(index >> first_chunk_bits));
+        return {bits, bits == 0 ? index : index - (1U << (first_chunk_bits + bits - 1))};
+    }
+    static std::size_t chunk_size(std::size_t chunk)
+    {
+        return std::size_t{1} << (first_chunk_bits + (chunk == 0 ? 0 : chunk - 1));
+    }
+
+    slot& at(std::uint32_t index)
+    {
+        const auto [chunk, offset] = place_of(index);
+        return chunks_[chunk].load(std::memory_order_relaxed)[offset];
+    }
+
+    bool add_slot()
+    {
+        if (count_ > slot_mask)
+            return false;
+        // Room for the slot's return first, so that removing an object never allocates.
+        if (free_.capacity() <= count_)
+            free_.reserve(std::max<std::size_t>(2 * free_.capacity(), chunk_size(0)));
+        const auto [chunk, offset] = place_of(count_);
+        if (offset == 0)
+            chunks_[chunk].store(new slot[chunk_size(chunk)], std::memory_order_release);
+        free_.push_back(count_++);
+        return true;
+    }
+
+    std::mutex mutex_;
+    std::array<std::atomic<slot*>, chunk_count> chunks_{};
+    std::vector<std::uint32_t> free_;
+    std::uint32_t count_ = 0;
 };
 
 // Never destroyed: objects may be released by destructors of other static objects.
@@ -29,15 +123,6 @@ object_table& table()
 {
     static auto* const instance = new object_table;
     return *instance;
-}
-
-slot* find_slot(std::uint32_t token)
-{
-    auto& slots = table().slots;
-    const std::uint32_t index = token & slot_mask;
-    if (index >= slots.size() || slots[index].generation != token >> slot_bits || !slots[index].object)
-        return nullptr;
-    return &slots[index];
 }
 
 } // namespace
@@ -55,47 +140,21 @@ INT copy_description(const void* from, std::size_t from_size, INT size, void* bu
 
 std::uint32_t register_object(std::shared_ptr<gdi_object> object) noexcept
 {
-    return guarded([&]() -> std::uint32_t {
-        auto& t = table();
-        if (!object)
-            return 0;
-        if (t.free.empty()) {
-            if (t.slots.size() > slot_mask)
-                return 0;
-            // Room for the slot's return first, so that removing an object never allocates.
-            t.free.reserve(t.slots.size() + 1);
-            t.slots.emplace_back();
-            t.free.push_back(static_cast<std::uint32_t>(t.slots.size() - 1));
-        }
-        const std::uint32_t index = t.free.back();
-        t.free.pop_back();
-        slot& s = t.slots[index];
-        object->token = s.generation << slot_bits | index;
-        s.object = std::move(object);
-        ++t.used;
-        return s.object->token;
-    });
+    return guarded([&] { return object ? table().add(std::move(object)) : 0; });
 }
 
 const std::shared_ptr<gdi_object>* find_object(std::uint32_t token) noexcept
 {
-    const slot* s = find_slot(token);
+    const slot* s = table().find(token);
     return s == nullptr ? nullptr : &s->object;
 }
 
 bool remove_object(std::uint32_t token) noexcept
 {
-    slot* s = find_slot(token);
-    if (s == nullptr)
-        return false;
-    const auto released = std::move(s->object);
-    s->object.reset();
-    s->generation = s->generation == last_generation ? 1 : s->generation + 1;
-    table().free.push_back(token & slot_mask);
-    --table().used;
-    return true;
+    // The object goes when the table is no longer locked: its own end may remove others.
+    return table().remove(token) != nullptr;
 }
 
-std::size_t object_count() noexcept { return table().used; }
+std::size_t object_count() noexcept { return table().used(); }
 
 } // namespace klv::gdi

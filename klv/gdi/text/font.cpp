@@ -177,7 +177,7 @@ std::shared_ptr<realised_font> realise(const font_object& font, const font_scale
         font_scale scale;
         std::shared_ptr<realised_font> font;
     };
-    static std::list<kept_font> kept;
+    static thread_local std::list<kept_font> kept;
     static_assert(sizeof(LOGFONTA) == 60, "compared bytewise, so it has no padding");
     const auto known = std::ranges::find_if(kept, [&](const kept_font& k) {
         return k.scale == scale && std::memcmp(&k.logical, &font.logical, sizeof k.logical) == 0;

@@ -141,7 +141,7 @@ private:
 /// The font of GetStockObject's index.
 std::shared_ptr<font_object> make_stock_font(INT index);
 
-/// The realised form of a font at a scale, from a small store of those used last.
+/// The realised form of a font at a scale, from a small store of those that the thread used last.
 std::shared_ptr<realised_font> realise(const font_object& font, const font_scale& scale);
 
 } // namespace klv::gdi

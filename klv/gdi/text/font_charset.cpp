@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <mutex>
 
 #include <iconv.h>
 
@@ -140,9 +141,11 @@ code_page::code_page(const char* name)
 
 const code_page& code_page::of_charset(std::uint8_t charset)
 {
+    static std::mutex mutex;
     static std::map<const char*, std::unique_ptr<code_page>> made;
     const auto* entry = std::ranges::find(charsets, charset, &charset_entry::charset);
     const char* name = entry != std::end(charsets) ? entry->code_page : ansi_code_page;
+    const std::lock_guard lock(mutex);
     auto& page = made[name];
     if (!page)
         page.reset(new code_page(name));
@@ -187,7 +190,8 @@ char32_t code_page::pair(std::uint8_t lead, std::uint8_t trail) const
 {
     if (name_ == ansi_code_page)
         return 0;
-    static std::map<const char*, converter> converters;
+    // A converter has a state of its own, so each thread has its own.
+    static thread_local std::map<const char*, converter> converters;
     const char bytes[] = {static_cast<char>(lead), static_cast<char>(trail)};
     return converters.try_emplace(name_, name_).first->second.character({bytes, 2});
 }

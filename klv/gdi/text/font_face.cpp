@@ -112,40 +112,6 @@ std::optional<face_file> best_match(FcPattern& pattern)
     return face_file{reinterpret_cast<const char*>(path), index};
 }
 
-// Opens a file once; a file that can't be opened is remembered as such.
-const font_face* open_face(const face_file& file)
-{
-    static std::map<face_file, std::unique_ptr<font_face>> opened;
-    const auto [entry, is_new] = opened.try_emplace(file);
-    FT_Face face = nullptr;
-    if (is_new && font_library() && FT_New_Face(font_library(), file.path.c_str(), file.index, &face) == 0)
-        entry->second = std::make_unique<font_face>(face);
-    return entry->second.get();
-}
-
-const font_face* match_face(const face_request& request)
-{
-    const pattern_ptr pattern = make_pattern(request);
-    if (!pattern)
-        return nullptr;
-    const auto file = best_match(*pattern);
-    return file ? open_face(*file) : nullptr;
-}
-
-const font_face* match_face_with(char32_t sign, const face_request& request)
-{
-    const pattern_ptr pattern = make_pattern(request);
-    FcCharSet* signs = FcCharSetCreate();
-    if (!pattern || !signs)
-        return nullptr;
-    FcCharSetAddChar(signs, sign);
-    FcPatternAddCharSet(pattern.get(), FC_CHARSET, signs);
-    FcCharSetDestroy(signs);
-    const auto file = best_match(*pattern);
-    const font_face* face = file ? open_face(*file) : nullptr;
-    return face && face->glyph_of(sign) != 0 ? face : nullptr;
-}
-
 // Weight and slant decide among the faces that have a sign.
 using face_style = std::pair<bool, bool>;
 
@@ -164,16 +130,132 @@ bool is_installed(char32_t sign)
     return false;
 }
 
+std::optional<face_file> match_file(const face_request& request)
+{
+    const pattern_ptr pattern = make_pattern(request);
+    return pattern ? best_match(*pattern) : std::nullopt;
+}
+
+std::optional<face_file> match_file_with(char32_t sign, const face_request& request)
+{
+    const pattern_ptr pattern = is_installed(sign) ? make_pattern(request) : nullptr;
+    if (!pattern)
+        return std::nullopt;
+    FcCharSet* signs = FcCharSetCreate();
+    if (!signs)
+        return std::nullopt;
+    FcCharSetAddChar(signs, sign);
+    FcPatternAddCharSet(pattern.get(), FC_CHARSET, signs);
+    FcCharSetDestroy(signs);
+    return best_match(*pattern);
+}
+
+// Which file shows a face, looked up once for all threads.
+class font_directory {
+public:
+    std::optional<face_file> file_of(const face_request& request)
+    {
+        const std::lock_guard lock(fontconfig_mutex());
+        const auto known = files_.find(request);
+        if (known != files_.end())
+            return known->second;
+        if (files_.size() < max_families_looked_up)
+            return files_[request] = match_file(request);
+        face_request general = request;
+        general.family = sans_family;
+        const auto substitute = files_.find(general);
+        return substitute != files_.end() ? substitute->second : files_.begin()->second;
+    }
+
+    std::optional<face_file> file_with(char32_t sign, const face_request& request)
+    {
+        const std::lock_guard lock(fontconfig_mutex());
+        const auto [entry, is_new] = files_with_.try_emplace({sign, style_of(request)});
+        if (is_new)
+            entry->second = match_file_with(sign, request);
+        return entry->second;
+    }
+
+    static font_directory& instance()
+    {
+        static font_directory directory;
+        return directory;
+    }
+
+private:
+    std::map<face_request, std::optional<face_file>> files_;
+    std::map<std::pair<char32_t, face_style>, std::optional<face_file>> files_with_;
+};
+
+// The faces that a thread has opened.
+class thread_faces {
+public:
+    thread_faces()
+    {
+        FT_Library made = nullptr;
+        if (FT_Init_FreeType(&made) == 0)
+            library_.reset(made);
+    }
+
+    [[nodiscard]] FT_Library library() const { return library_.get(); }
+
+    const font_face* find(const face_request& request)
+    {
+        if (const auto known = found_.find(request); known != found_.end())
+            return known->second;
+        const font_face* face = open(font_directory::instance().file_of(request));
+        if (found_.size() < max_families_looked_up)
+            found_[request] = face;
+        return face;
+    }
+
+    const font_face* find_with(char32_t sign, const face_request& request)
+    {
+        const auto [entry, is_new] = found_with_.try_emplace({sign, style_of(request)});
+        if (is_new) {
+            const font_face* face = open(font_directory::instance().file_with(sign, request));
+            entry->second = face && face->glyph_of(sign) != 0 ? face : nullptr;
+        }
+        return entry->second;
+    }
+
+    static thread_faces& instance()
+    {
+        static thread_local thread_faces faces;
+        return faces;
+    }
+
+private:
+    // A file that can't be opened is remembered as such.
+    const font_face* open(const std::optional<face_file>& file)
+    {
+        if (!file)
+            return nullptr;
+        const auto [entry, is_new] = opened_.try_emplace(*file);
+        FT_Face face = nullptr;
+        if (is_new && library_ && FT_New_Face(library(), file->path.c_str(), file->index, &face) == 0)
+            entry->second = std::make_unique<font_face>(face);
+        return entry->second.get();
+    }
+
+    struct library_deleter {
+        void operator()(FT_Library library) const { FT_Done_FreeType(library); }
+    };
+    std::unique_ptr<FT_LibraryRec_, library_deleter> library_; // outlives the faces
+    std::map<face_file, std::unique_ptr<font_face>> opened_;
+    std::map<face_request, const font_face*> found_;
+    std::map<std::pair<char32_t, face_style>, const font_face*> found_with_;
+};
+
 } // namespace
 
-FT_Library font_library()
+std::mutex& fontconfig_mutex()
 {
-    static const FT_Library library = [] {
-        FT_Library made = nullptr;
-        return FT_Init_FreeType(&made) == 0 ? made : nullptr;
-    }();
-    return library;
+    static std::mutex mutex;
+    return mutex;
 }
+
+FT_Library font_library() { return thread_faces::instance().library(); }
 
 font_face::font_face(FT_Face face)
     : face_(face)
@@ -243,27 +325,11 @@ int font_face::kerning(std::uint32_t left, std::uint32_t right) const
         : 0;
 }
 
-const font_face* find_face(const face_request& request)
-{
-    static std::map<face_request, const font_face*> found;
-    const auto known = found.find(request);
-    if (known != found.end())
-        return known->second;
-    if (found.size() < max_families_looked_up)
-        return found[request] = match_face(request);
-    face_request general = request;
-    general.family = sans_family;
-    const auto substitute = found.find(general);
-    return substitute != found.end() ? substitute->second : found.begin()->second;
-}
+const font_face* find_face(const face_request& request) { return thread_faces::instance().find(request); }
 
 const font_face* find_face_with(char32_t sign, const face_request& request)
 {
-    static std::map<std::pair<char32_t, face_style>, const font_face*> found;
-    const auto [entry, is_new] = found.try_emplace({sign, style_of(request)});
-    if (is_new && is_installed(sign))
-        entry->second = match_face_with(sign, request);
-    return entry->second;
+    return thread_faces::instance().find_with(sign, request);
 }
 
 } // namespace klv::gdi

@@ -3,6 +3,7 @@
 #include <compare>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include <ft2build.h>
@@ -11,7 +12,8 @@
 
 namespace klv::gdi {
 
-/// An installed font file, opened once for all sizes: outlines and measures in font units.
+/// An installed font file, opened once for all sizes: outlines and measures in font units. Each thread opens
+/// its own, so that text is drawn without a lock.
 class font_face {
 public:
     explicit font_face(FT_Face face);
@@ -66,13 +68,16 @@ struct face_request {
 };
 
 /// The installed face that comes closest; a family that is not installed gets its metric-compatible
-/// substitute. Kept for the rest of the process. \return null when no font is installed at all.
+/// substitute. Kept as long as the thread lives. \return null when no font is installed at all.
 const font_face* find_face(const face_request& request);
 
 /// A face of that style that has the sign; null when none is installed. The answers are kept too.
 const font_face* find_face_with(char32_t sign, const face_request& request);
 
-/// The process's FreeType library; null when it can't be set up.
+/// The thread's FreeType library; null when it can't be set up.
 FT_Library font_library();
+
+/// Held while Fontconfig is asked.
+std::mutex& fontconfig_mutex();
 
 } // namespace klv::gdi
