@@ -18,23 +18,6 @@ constexpr string_resource strings[] = {
     {library_string::nearly_out_of_memory,
         "la m\xE9moire est presque satur\xE9"
         "e"},
-    {33000, "CGM Metafile"},
-    {33001, "GEM Metafile"},
-    {33002, "Windows Metafile"},
-    {33003, "AutoCAD Slide Metafile"},
-    {33004, "Lotus Pic Metafile"},
-    {33005, " Windows enhanced Metafile"},
-    {33006, "Windows Bitmap"},
-    {33007, "GIF Bitmap "},
-    {33008, "JPEG Bitmap "},
-    {33009, "Targa Bitmap"},
-    {33010, "PCX Bitmap"},
-    {33011, "TIFF Bitmap"},
-    {33012, "Encapsulated Postscript"},
-    {33013, "Bitmap PNG"},
-    {33014, "Photo CD Bitmap "},
-    {33015, "Flash Pix Bitmap"},
-    {33016, "Photoshop Bitmap"},
 };
 
 } // namespace

@@ -16,7 +16,8 @@ inline constexpr UINT out_of_memory = 31017;
 inline constexpr UINT nearly_out_of_memory = 31018;
 } // namespace library_string
 
-/// The string resources of the library: its message texts and, from 33000 on, the names of the filters.
+/// The message texts of the library. The names of formats are string resources too, from 33000 on; each
+/// filter brings its own.
 [[nodiscard]] std::span<const string_resource> library_strings() noexcept;
 
 } // namespace klv

@@ -45,8 +45,9 @@ public:
 
 protected:
     /// A format that the imaging library reads under this number, at first in this resolution.
-    explicit oBMFILTER(std::uint16_t library_format, std::uint32_t resolution = 0)
-        : library_format_(library_format)
+    oBMFILTER(const format_identity& format, std::uint16_t library_format, std::uint32_t resolution = 0)
+        : oFILTER(format)
+        , library_format_(library_format)
         , resolution_(resolution)
     {
     }

@@ -1,5 +1,8 @@
 #include "klv/filters/filter.h"
 
+#include "klv/core/resource_id.h"
+#include "klv/platform/module_table.h"
+#include "klv/platform/system/string_resources.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>
@@ -7,6 +10,8 @@
 
 namespace klv {
 namespace {
+
+constexpr format_identity no_format{};
 
 // The letters after the last dot of a name, in upper case; empty when there is no dot.
 vSTRING extension_of(const vSTRING& name)
@@ -51,6 +56,20 @@ const char* describe(oFILTER_STATUS status) noexcept
     return "unknown failure";
 }
 
+oFILTER::oFILTER()
+    : oFILTER_MAN_OBJECT(1)
+    , format_(&no_format)
+{
+}
+
+oFILTER::oFILTER(const format_identity& format)
+    : oFILTER_MAN_OBJECT(1)
+    , format_(&format)
+{
+    const string_resource description{format.description_resource, format.description};
+    register_strings(library_instance(), {&description, 1});
+}
+
 oFILTER_STATUS oFILTER::CheckStream(vARCHIVE&) { return SetStatus(oFILTER_FAILED); }
 
 oFILTER_STATUS oFILTER::Convert(vARCHIVE*, vARCHIVE*) { return SetStatus(oFILTER_FAILED); }
@@ -65,9 +84,10 @@ int oFILTER::ExportColourDepths(int depth) const
     return DoesExport() && depth <= GetMaxColourDepth() && is_one_of(depth, {1, 4, 8, 24});
 }
 
-vSTRING oFILTER::GetID() const { return vSTRING(); }
-
-vSTRING oFILTER::GetDescription() const { return vSTRING(); }
+vSTRING oFILTER::GetDescription() const
+{
+    return format_->description.empty() ? vSTRING() : vSTRING(vRESID(format_->description_resource));
+}
 
 oPROGRESS* oFILTER::RemoveProgressInd()
 {

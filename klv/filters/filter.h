@@ -2,6 +2,7 @@
 
 #include "klv/core/object.h"
 #include "klv/core/string.h"
+#include "klv/filters/format_identity.h"
 #include "klv/filters/progress.h"
 #include "klv/streams/archive.h"
 
@@ -50,10 +51,7 @@ private:
 /// Reads one foreign file format into the library's own objects, and for some formats writes it.
 class oFILTER : public oFILTER_MAN_OBJECT {
 public:
-    oFILTER()
-        : oFILTER_MAN_OBJECT(1)
-    {
-    }
+    oFILTER();
 
     /// Recognises the format. oFILTER_FAILED is "not mine"; every other answer is "mine".
     virtual oFILTER_STATUS CheckStream(vARCHIVE& in);
@@ -67,7 +65,7 @@ public:
     virtual int DoesExport() const { return 1; }
     virtual int DoesImport() const { return 1; }
     /// The format's file extension in upper case, without the dot.
-    virtual vSTRING GetID() const;
+    virtual vSTRING GetID() const { return vSTRING(format_->id); }
     /// The format's display name, from the library's string resources.
     virtual vSTRING GetDescription() const;
 
@@ -80,9 +78,17 @@ public:
     /// True unless CheckStream answers FAILED. The stream's position is kept.
     int CanTranslate(vSTREAM* stream);
 
+    /// What the filter's format is called and how its files are told; without a name for a filter that an
+    /// application derived without it.
+    const format_identity& Format() const noexcept { return *format_; }
+
     oFILTER_STATUS LastStatus() const { return last_status_; }
 
 protected:
+    /// A filter of a format, whose description becomes a string resource of the library. The identity is a
+    /// constant that outlives the process's use of string resources.
+    explicit oFILTER(const format_identity& format);
+
     oFILTER_STATUS SetStatus(oFILTER_STATUS status) { return last_status_ = status; }
     /// The answer of recognisers that tell "mine" by oFILTER_RECOGNISED; the last status is then OK.
     oFILTER_STATUS Recognised(bool mine)
@@ -93,9 +99,10 @@ protected:
     oPROGRESS* progress() const { return progress_; }
 
 private:
-    friend class oFILTERLISTINSTANCE;
-    oFILTER* next_ = nullptr;
-    oFILTER* previous_ = nullptr;
+    friend class filter_set;
+
+    const format_identity* format_;
+    oFILTER* next_ = nullptr; // in the set that owns the filter
     oPROGRESS* progress_ = nullptr;
     oFILTER_STATUS last_status_ = oFILTER_OK;
     int max_colour_depth_ = 24;

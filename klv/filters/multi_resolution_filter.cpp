@@ -12,8 +12,8 @@ constexpr std::uint32_t first_resolution = 3;
 
 } // namespace
 
-multi_resolution_filter::multi_resolution_filter(std::uint16_t library_format)
-    : oBMFILTER(library_format, first_resolution)
+multi_resolution_filter::multi_resolution_filter(const format_identity& format, std::uint16_t library_format)
+    : oBMFILTER(format, library_format, first_resolution)
     , format_(library_format)
 {
 }

@@ -29,7 +29,7 @@ public:
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
 
 protected:
-    explicit multi_resolution_filter(std::uint16_t library_format);
+    multi_resolution_filter(const format_identity& format, std::uint16_t library_format);
 
 private:
     std::uint16_t format_;

@@ -17,6 +17,7 @@ class oLAFILTER : public oFILTER {
 public:
     using oFILTER::Convert;
 
+    oLAFILTER() = default;
     oFILTER_TYPE Type() const override { return oFILTER_METAFILE; }
 
     /// Stored conversion: reads `in` into a recorded picture written onto `out`. FAILED unless both are
@@ -38,6 +39,7 @@ public:
     oREADING_LEVEL ReadingLevel() const { return reading_level_; }
 
 protected:
+    using oFILTER::oFILTER;
     bool faithful() const { return reading_level_ >= oREADING_LEVEL::faithful; }
 
 private:

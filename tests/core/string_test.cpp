@@ -158,7 +158,6 @@ TEST(String, OrdersLikeADictionary)
 TEST(String, LoadsResources)
 {
     EXPECT_EQ(vSTRING(vRESID(library_string::out_of_memory)), "M\xE9moire insuffisante");
-    EXPECT_EQ(vSTRING(vRESID(33005)), " Windows enhanced Metafile");
     EXPECT_EQ(vSTRING(vRESID(1)), "");
 
     static const std::string long_text(300, 'x');

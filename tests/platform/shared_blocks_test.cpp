@@ -74,7 +74,7 @@ TEST(GlobalMemory, BlocksGrowAndCountTheirLocks)
     EXPECT_EQ(GlobalSize(nullptr), 0U);
 }
 
-TEST(StringResources, AreCutToTheRoom)
+TEST(StringResources, AreCutToTheRoomAndAddUp)
 {
     static const string_resource strings[] = {{5, "five"}, {6, "six"}};
     const auto module = reinterpret_cast<HINSTANCE>(std::uintptr_t{0x20});
@@ -86,6 +86,12 @@ TEST(StringResources, AreCutToTheRoom)
     EXPECT_STREQ(text, "");
     EXPECT_EQ(LoadStringA(nullptr, 5, text, sizeof text), 0);
     EXPECT_EQ(LoadStringA(module, 5, text, 0), 0);
+    static const string_resource more[] = {{6, "VI"}, {7, "VII"}};
+    ASSERT_TRUE(register_strings(module, more));
+    for (const auto& [id, expected] : {std::pair<UINT, const char*>{5, "fiv"}, {6, "VI"}, {7, "VII"}}) {
+        LoadStringA(module, id, text, sizeof text);
+        EXPECT_STREQ(text, expected);
+    }
 }
 
 TEST(TickCount, CanBeSetForTests)

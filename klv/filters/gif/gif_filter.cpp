@@ -3,7 +3,6 @@
 #include "klv/base/byte_writer.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/core/memory.h"
-#include "klv/core/resource_id.h"
 #include "klv/filters/gif/gif_decoder.h"
 #include "klv/filters/gif/gif_encoder.h"
 #include "klv/filters/gif/gif_outside_reader.h"
@@ -17,7 +16,7 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33007;
+constexpr format_identity identity{.id = "GIF", .description_resource = 33007, .description = "GIF Bitmap "};
 constexpr int most_colour_bits = 8;
 
 constexpr std::uint32_t bitmap_file_header_size = 14;
@@ -73,7 +72,7 @@ try {
 } // namespace
 
 GIFFILTER::GIFFILTER()
-    : oBMFILTER(imaging::format_gif)
+    : oBMFILTER(identity, imaging::format_gif)
 {
     SetMaxColourDepth(most_colour_bits);
 }
@@ -88,10 +87,6 @@ oFILTER_STATUS GIFFILTER::CheckStream(vARCHIVE& in)
     stream.MoveFromStart(0);
     return Recognised(read && start[0] == 'G' && start[1] == 'I' && start[2] == 'F');
 }
-
-vSTRING GIFFILTER::GetID() const { return vSTRING("GIF"); }
-
-vSTRING GIFFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS GIFFILTER::Convert(vSTREAM& in, oDIB& out)
 {

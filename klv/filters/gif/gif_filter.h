@@ -13,8 +13,6 @@ public:
     GIFFILTER();
     /// Accepts "GIF" at the stream's position.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     /// Reads a GIF stream and writes a bitmap: in the library's own stream form where the imaging module
     /// reads it, else as a Windows bitmap file, which begins with that form. What could be read of a damaged
     /// file is written too. UNSUPPORTED when the input is no stream.

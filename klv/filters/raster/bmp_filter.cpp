@@ -1,6 +1,5 @@
 #include "klv/filters/raster/bmp_filter.h"
 
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/streams/stream.h"
 
@@ -10,7 +9,8 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33006;
+constexpr format_identity identity{
+    .id = "BMP", .description_resource = 33006, .description = "Windows Bitmap", .other_extensions = {"DIB"}};
 constexpr std::uint32_t greatest_size_without_image = 40;
 
 /// A copied file counts as two steps of this progress.
@@ -20,7 +20,7 @@ constexpr std::uint32_t copy_step = 500;
 } // namespace
 
 DIBFILTER::DIBFILTER()
-    : oBMFILTER(imaging::format_bmp)
+    : oBMFILTER(identity, imaging::format_bmp)
 {
 }
 
@@ -37,10 +37,6 @@ oFILTER_STATUS DIBFILTER::CheckStream(vARCHIVE& in)
         = read && start[0] == 'B' && start[1] == 'M' && stream.Size() > greatest_size_without_image;
     return SetStatus(mine ? oFILTER_OK : oFILTER_FAILED);
 }
-
-vSTRING DIBFILTER::GetID() const { return vSTRING("BMP"); }
-
-vSTRING DIBFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS DIBFILTER::Convert(vARCHIVE* in, vARCHIVE* out)
 {

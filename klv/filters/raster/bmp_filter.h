@@ -12,8 +12,6 @@ public:
     DIBFILTER();
     /// Accepts "BM" at the start of a stream of more than 40 bytes.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     /// A bitmap file is a stored bitmap already: copies the file.
     oFILTER_STATUS Convert(vARCHIVE* in, vARCHIVE* out) override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;

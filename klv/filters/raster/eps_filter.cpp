@@ -2,7 +2,6 @@
 
 #include "klv/base/byte_reader.h"
 #include "klv/core/buffer.h"
-#include "klv/core/resource_id.h"
 #include "klv/filters/tiff/tiff_filter.h"
 #include "klv/streams/memory_stream.h"
 
@@ -15,7 +14,8 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33012;
+constexpr format_identity identity{
+    .id = "EPS", .description_resource = 33012, .description = "Encapsulated Postscript"};
 
 constexpr std::uint32_t header_size = 30;
 constexpr std::uint32_t header_magic = 0xC6D3D0C5;
@@ -147,9 +147,10 @@ bool read_section(vSTREAM& stream, const section& part, vBUFFER<std::uint8_t>& b
 
 } // namespace
 
-vSTRING EPSFILTER::GetID() const { return vSTRING("EPS"); }
-
-vSTRING EPSFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
+EPSFILTER::EPSFILTER()
+    : oFILTER(identity)
+{
+}
 
 oFILTER_STATUS EPSFILTER::CheckStream(vARCHIVE& in)
 {

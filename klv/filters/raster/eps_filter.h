@@ -12,6 +12,7 @@ class EPSFILTER : public oFILTER {
 public:
     using oFILTER::Convert;
 
+    EPSFILTER();
     oFILTER_TYPE Type() const override { return oFILTER_POSTSCRIPT; }
     /// RECOGNISED when the file has the binary header, or comments up to a bounding box.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
@@ -20,8 +21,6 @@ public:
     /// Reads the TIFF preview. FAILED when there is none.
     virtual oFILTER_STATUS Convert(vSTREAM& in, oDIB& preview);
     int DoesExport() const override { return 0; }
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
 };
 
 } // namespace klv

@@ -1,22 +1,21 @@
 #include "klv/filters/raster/flashpix_filter.h"
 
-#include "klv/core/resource_id.h"
-
 namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33015;
+using namespace std::string_view_literals;
+
+constexpr format_identity identity{.id = "FPX",
+    .description_resource = 33015,
+    .description = "Flash Pix Bitmap",
+    .signature = {0, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv}};
 
 } // namespace
 
 FPXFILTER::FPXFILTER()
-    : multi_resolution_filter(imaging::format_flashpix)
+    : multi_resolution_filter(identity, imaging::format_flashpix)
 {
 }
-
-vSTRING FPXFILTER::GetID() const { return vSTRING("FPX"); }
-
-vSTRING FPXFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 } // namespace klv

@@ -8,8 +8,6 @@ namespace klv {
 class FPXFILTER : public multi_resolution_filter {
 public:
     FPXFILTER();
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
 };
 
 } // namespace klv

@@ -1,6 +1,5 @@
 #include "klv/filters/raster/jpeg_filter.h"
 
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/streams/stream.h"
 
@@ -10,13 +9,16 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33008;
+constexpr format_identity identity{.id = "JPG",
+    .description_resource = 33008,
+    .description = "JPEG Bitmap ",
+    .other_extensions = {"JPEG", "JPE", "JFIF"}};
 constexpr std::array<std::uint8_t, 2> start_of_image{0xFF, 0xD8};
 
 } // namespace
 
 JPEGFILTER::JPEGFILTER()
-    : oBMFILTER(imaging::format_jpeg)
+    : oBMFILTER(identity, imaging::format_jpeg)
 {
 }
 
@@ -36,10 +38,6 @@ int JPEGFILTER::ExportColourDepths(int depth) const
 {
     return depth == 24 && oBMFILTER::ExportColourDepths(depth);
 }
-
-vSTRING JPEGFILTER::GetID() const { return vSTRING("JPG"); }
-
-vSTRING JPEGFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS JPEGFILTER::Convert(oDIB& in, vSTREAM& out)
 {

@@ -13,8 +13,6 @@ public:
     /// Accepts the start-of-image marker FF D8 at the current position, which it restores.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
     int ExportColourDepths(int depth) const override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
 };
 

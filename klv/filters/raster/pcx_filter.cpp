@@ -1,7 +1,6 @@
 #include "klv/filters/raster/pcx_filter.h"
 
 #include "klv/base/byte_reader.h"
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/streams/stream.h"
 
@@ -12,7 +11,7 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33010;
+constexpr format_identity identity{.id = "PCX", .description_resource = 33010, .description = "PCX Bitmap"};
 
 // The header of a PC Paintbrush file, as far as it tells the format.
 constexpr std::size_t header_size = 128;
@@ -38,7 +37,7 @@ bool is_pcx_header(std::span<const std::uint8_t> header)
 } // namespace
 
 PCXFILTER::PCXFILTER()
-    : oBMFILTER(imaging::format_pcx)
+    : oBMFILTER(identity, imaging::format_pcx)
 {
 }
 
@@ -52,10 +51,6 @@ oFILTER_STATUS PCXFILTER::CheckStream(vARCHIVE& in)
     stream.MoveFromStart(0);
     return Recognised(read && is_pcx_header(header));
 }
-
-vSTRING PCXFILTER::GetID() const { return vSTRING("PCX"); }
-
-vSTRING PCXFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS PCXFILTER::Convert(oDIB& in, vSTREAM& out)
 {

@@ -12,8 +12,6 @@ public:
     PCXFILTER();
     /// Accepts a header of 128 bytes with run-length coding and an image of at least 2 x 2 pixels.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
 };
 

@@ -1,22 +1,21 @@
 #include "klv/filters/raster/photo_cd_filter.h"
 
-#include "klv/core/resource_id.h"
-
 namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33014;
+using namespace std::string_view_literals;
+
+constexpr format_identity identity{.id = "PCD",
+    .description_resource = 33014,
+    .description = "Photo CD Bitmap ",
+    .signature = {2048, "PCD_IPI"sv}};
 
 } // namespace
 
 PCDFILTER::PCDFILTER()
-    : multi_resolution_filter(imaging::format_photo_cd)
+    : multi_resolution_filter(identity, imaging::format_photo_cd)
 {
 }
-
-vSTRING PCDFILTER::GetID() const { return vSTRING("PCD"); }
-
-vSTRING PCDFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 } // namespace klv

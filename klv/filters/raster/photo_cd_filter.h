@@ -8,8 +8,6 @@ namespace klv {
 class PCDFILTER : public multi_resolution_filter {
 public:
     PCDFILTER();
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
 };
 
 } // namespace klv

@@ -1,18 +1,22 @@
 #include "klv/filters/raster/photoshop_filter.h"
 
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 
 namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33016;
+using namespace std::string_view_literals;
+
+constexpr format_identity identity{.id = "PSD",
+    .description_resource = 33016,
+    .description = "Photoshop Bitmap",
+    .signature = {0, "8BPS\0\1"sv}};
 
 } // namespace
 
 PSDFILTER::PSDFILTER()
-    : oBMFILTER(imaging::format_photoshop)
+    : oBMFILTER(identity, imaging::format_photoshop)
 {
 }
 
@@ -22,10 +26,6 @@ int PSDFILTER::ExportColourDepths(int depth) const
 {
     return (depth == 8 || depth == 24) && oBMFILTER::ExportColourDepths(depth);
 }
-
-vSTRING PSDFILTER::GetID() const { return vSTRING("PSD"); }
-
-vSTRING PSDFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS PSDFILTER::Convert(oDIB& in, vSTREAM& out)
 {

@@ -13,8 +13,6 @@ public:
     PSDFILTER();
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
     int ExportColourDepths(int depth) const override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
 };
 

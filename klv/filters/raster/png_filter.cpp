@@ -1,26 +1,26 @@
 #include "klv/filters/raster/png_filter.h"
 
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 
 namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33013;
+using namespace std::string_view_literals;
+
+constexpr format_identity identity{.id = "PNG",
+    .description_resource = 33013,
+    .description = "Bitmap PNG",
+    .signature = {0, "\x89PNG\r\n\x1A\n"sv}};
 
 } // namespace
 
 PNGFILTER::PNGFILTER()
-    : oBMFILTER(imaging::format_png)
+    : oBMFILTER(identity, imaging::format_png)
 {
 }
 
 oFILTER_STATUS PNGFILTER::CheckStream(vARCHIVE&) { return LastStatus(); }
-
-vSTRING PNGFILTER::GetID() const { return vSTRING("PNG"); }
-
-vSTRING PNGFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS PNGFILTER::Convert(oDIB& in, vSTREAM& out)
 {

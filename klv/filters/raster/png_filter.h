@@ -11,8 +11,6 @@ public:
 
     PNGFILTER();
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
 };
 

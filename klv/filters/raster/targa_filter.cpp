@@ -1,18 +1,23 @@
 #include "klv/filters/raster/targa_filter.h"
 
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 
 namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33009;
+using namespace std::string_view_literals;
+
+constexpr format_identity identity{.id = "TGA",
+    .description_resource = 33009,
+    .description = "Targa Bitmap",
+    .other_extensions = {"ICB", "VDA", "VST"},
+    .signature = {-18, "TRUEVISION-XFILE.\0"sv}};
 
 } // namespace
 
 TGAFILTER::TGAFILTER()
-    : oBMFILTER(imaging::format_targa)
+    : oBMFILTER(identity, imaging::format_targa)
 {
 }
 
@@ -22,10 +27,6 @@ int TGAFILTER::ExportColourDepths(int depth) const
 {
     return (depth == 8 || depth == 24) && oBMFILTER::ExportColourDepths(depth);
 }
-
-vSTRING TGAFILTER::GetID() const { return vSTRING("TGA"); }
-
-vSTRING TGAFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 oFILTER_STATUS TGAFILTER::Convert(oDIB& in, vSTREAM& out)
 {

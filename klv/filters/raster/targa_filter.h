@@ -12,8 +12,6 @@ public:
     TGAFILTER();
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
     int ExportColourDepths(int depth) const override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
 };
 

@@ -2,7 +2,6 @@
 
 #include "klv/base/byte_reader.h"
 #include "klv/bitmaps/dib.h"
-#include "klv/core/resource_id.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/filters/tiff/tiff_decoder.h"
 #include "klv/filters/tiff/tiff_directory.h"
@@ -18,7 +17,8 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint16_t description_resource = 33011;
+constexpr format_identity identity{
+    .id = "TIF", .description_resource = 33011, .description = "TIFF Bitmap", .other_extensions = {"TIFF"}};
 constexpr std::uint32_t header_size = 8;
 constexpr std::uint16_t tiff_version = 42;
 
@@ -153,13 +153,9 @@ bool is_final(oFILTER_STATUS status)
 } // namespace
 
 TIFFILTER::TIFFILTER()
-    : oBMFILTER(imaging::format_tiff)
+    : oBMFILTER(identity, imaging::format_tiff)
 {
 }
-
-vSTRING TIFFILTER::GetID() const { return vSTRING("TIF"); }
-
-vSTRING TIFFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
 
 int TIFFILTER::ExportColourDepths(int depth) const
 {

@@ -23,8 +23,6 @@ public:
     oFILTER_STATUS Convert(vSTREAM& in, oDIB& out) override;
     oFILTER_STATUS Convert(oDIB& in, vSTREAM& out) override;
     int ExportColourDepths(int depth) const override;
-    vSTRING GetID() const override;
-    vSTRING GetDescription() const override;
 
 private:
     oFILTER_STATUS ConvertRoutine(vSTREAM& in, oDIB& out) noexcept;

@@ -1,6 +1,5 @@
 #include "klv/filters/wmf/wmf_filter.h"
 
-#include "klv/core/resource_id.h"
 #include "klv/filters/wmf/wmf_reader.h"
 #include "klv/formats/wmf_records.h"
 #include "klv/streams/stream.h"
@@ -11,7 +10,8 @@
 namespace klv {
 namespace {
 
-constexpr std::uint16_t description_resource = 33002;
+constexpr format_identity identity{
+    .id = "WMF", .description_resource = 33002, .description = "Windows Metafile"};
 
 std::uint32_t read_u32(vSTREAM& stream)
 {
@@ -22,7 +22,10 @@ std::uint32_t read_u32(vSTREAM& stream)
 
 } // namespace
 
-vSTRING WMFFILTER::GetDescription() const { return vSTRING(vRESID(description_resource)); }
+WMFFILTER::WMFFILTER()
+    : oLAFILTER(identity)
+{
+}
 
 oFILTER_STATUS WMFFILTER::CheckStream(vARCHIVE& in)
 {

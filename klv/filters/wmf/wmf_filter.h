@@ -11,12 +11,11 @@ class WMFFILTER : public oLAFILTER {
 public:
     using oLAFILTER::Convert;
 
+    WMFFILTER();
     /// Accepts a metafile header of type 1 or 2 with sensible sizes, with or without a placeable header
     /// before it. The stream ends at its start.
     oFILTER_STATUS CheckStream(vARCHIVE& in) override;
     oFILTER_STATUS Convert(vARCHIVE& in, vMETAFILE* picture) override;
-    vSTRING GetID() const override { return vSTRING("WMF"); }
-    vSTRING GetDescription() const override;
     int DoesExport() const override { return 0; }
 };
 

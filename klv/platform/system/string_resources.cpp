@@ -9,14 +9,14 @@ namespace klv {
 
 namespace {
 
-struct module_strings {
+struct module_string {
     HINSTANCE module;
-    std::span<const string_resource> strings;
+    string_resource string;
 };
 
 struct string_table {
     std::mutex guard;
-    std::vector<module_strings> modules;
+    std::vector<module_string> strings;
 };
 
 string_table& table()
@@ -25,45 +25,38 @@ string_table& table()
     return all;
 }
 
-std::span<const string_resource> strings_of(HINSTANCE module) noexcept
+// The caller holds the guard.
+module_string* find_string(HINSTANCE module, UINT id) noexcept
 {
-    const std::scoped_lock lock(table().guard);
-    const auto& modules = table().modules;
-    const auto owner = std::ranges::find(modules, module, &module_strings::module);
-    return owner == modules.end() ? std::span<const string_resource>() : owner->strings;
-}
-
-std::string_view find_string(HINSTANCE module, UINT id) noexcept
-{
-    const auto strings = strings_of(module);
-    const auto found = std::ranges::find(strings, id, &string_resource::id);
-    return found == strings.end() ? std::string_view() : found->text;
+    auto& strings = table().strings;
+    const auto found = std::ranges::find_if(
+        strings, [&](const module_string& each) { return each.module == module && each.string.id == id; });
+    return found == strings.end() ? nullptr : &*found;
 }
 
 } // namespace
 
 bool register_strings(HINSTANCE module, std::span<const string_resource> strings) noexcept
-{
+try {
     const std::scoped_lock lock(table().guard);
-    auto& modules = table().modules;
-    const auto known = std::ranges::find(modules, module, &module_strings::module);
-    if (known != modules.end()) {
-        known->strings = strings;
-        return true;
+    for (const auto& string : strings) {
+        if (auto* const known = find_string(module, string.id))
+            known->string = string;
+        else
+            table().strings.push_back({module, string});
     }
-    try {
-        modules.push_back({module, strings});
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 int LoadStringA(HINSTANCE module, UINT id, char* text, int size) noexcept
 {
     if (!text || size <= 0)
         return 0;
-    const std::size_t length = find_string(module, id).copy(text, static_cast<std::size_t>(size) - 1);
+    const std::scoped_lock lock(table().guard);
+    const auto* const found = find_string(module, id);
+    const std::size_t length = found ? found->string.text.copy(text, static_cast<std::size_t>(size) - 1) : 0;
     text[length] = '\0';
     return static_cast<int>(length);
 }

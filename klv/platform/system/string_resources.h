@@ -13,8 +13,8 @@ struct string_resource {
     std::string_view text;
 };
 
-/// Gives a module its strings, in any order, instead of those it had. They are not copied and must outlive
-/// the module. \return false when memory is out
+/// Gives a module strings, in any order, beside those it has; a number that it has gets the new text. The
+/// texts are not copied and must outlive the module. \return false when memory is out
 bool register_strings(HINSTANCE module, std::span<const string_resource> strings) noexcept;
 
 /// Copies the string, NUL-terminated and cut to size characters, the NUL included.
