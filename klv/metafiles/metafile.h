@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 
 namespace klv {
 
@@ -41,6 +42,8 @@ class vMETAFILE : public vDEVICE {
 public:
     /// Ends of an extent that nothing has set yet.
     static constexpr std::int32_t unset_extent = -2'000'000'000;
+    /// What the stream of a recorded picture starts with.
+    static constexpr std::string_view signature = "ZYNVMMETA";
     /// Length of the stream's header, bytes: the first record starts here.
     static constexpr std::uint32_t header_size = 55;
     /// Where the header has the 16-bit version of the format.

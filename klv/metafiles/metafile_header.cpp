@@ -14,12 +14,11 @@ namespace {
 
 // The header of a recorded picture: signature, version, units per inch, extents (X, then Y), two reserved
 // values, physical extents, number of records.
-constexpr std::string_view signature = "ZYNVMMETA";
 constexpr std::uint16_t current_version = 48;
 constexpr std::uint32_t units_offset = 11;
 constexpr std::uint32_t extents_offset = 19;
 constexpr std::uint32_t physical_offset = 43;
-static_assert(signature.size() == vMETAFILE::version_offset);
+static_assert(vMETAFILE::signature.size() == vMETAFILE::version_offset);
 
 // A page of 210 by 297 mm in thousandths of a millimetre; every new picture starts with it.
 constexpr std::int32_t default_physical_width = 210'000;

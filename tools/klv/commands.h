@@ -1,8 +1,7 @@
 #pragma once
 
 #include "klv/geometry/shape.h"
-
-#include "tools/klv/render.h"
+#include "klv/rendering/render.h"
 
 #include <cstdint>
 #include <optional>
@@ -19,7 +18,6 @@ struct convert_options {
     std::string format; ///< extension of the outputs where the output's name does not say it
     std::optional<int> depth; ///< bits per pixel of raster outputs; nothing to keep what is there
     std::optional<std::uint32_t> resolution; ///< of files that hold their image in several, 0 the smallest
-    bool default_size = true; ///< none of the options that say how large a picture is drawn was given
     render_options render;
 };
 

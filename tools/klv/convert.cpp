@@ -1,48 +1,28 @@
-#include "tools/klv/bitmap_picture.h"
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
+#include "tools/klv/input.h"
 #include "tools/klv/interrupt.h"
-#include "tools/klv/progress_bar.h"
-#include "tools/klv/sink.h"
-#include "tools/klv/source.h"
+#include "tools/klv/output.h"
 
+#include <cctype>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 namespace klv::tool {
 namespace {
 
-constexpr const char* recorded_picture = "VMM";
-
-// Draws a picture, unless it just holds a bitmap that is wanted as it is.
-std::unique_ptr<oMEMDIB> pixels_of(vMETAFILE& picture, const std::string& in, const convert_options& options)
-{
-    if (options.default_size)
-        if (auto held = held_bitmap(picture))
-            return held;
-    progress_bar progress("drawing " + in);
-    picture.SetProgressInd(&progress);
-    auto drawn = render(picture, options.render);
-    picture.RemoveProgressInd();
-    return drawn;
-}
-
 void convert_one(
     const std::string& in, const std::string& out, const std::string& format, const convert_options& options)
 {
-    source opened = open_source(in, options.resolution);
-    if (format == recorded_picture) {
-        if (opened.picture)
-            write_picture(*opened.picture, out);
-        else
-            write_picture_of(*opened.bitmap, out);
-    } else {
-        if (opened.picture)
-            opened.bitmap = pixels_of(*opened.picture, in, options);
-        write_bitmap(*opened.bitmap, format, out, options.depth);
-    }
-    if (!opened.warning.empty())
-        print_warning(in, opened.warning);
+    document opened = open_input(in, options.resolution);
+    const output_options how{format, options.depth, in, options.render};
+    if (opened.picture)
+        write_output(*opened.picture, out, how);
+    else
+        write_output(*opened.bitmap, out, how);
+    if (!opened.warning.Null())
+        print_warning(in, opened.warning());
 }
 
 std::string format_of(const convert_options& options)

@@ -3,7 +3,7 @@
 
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
-#include "tools/klv/sink.h"
+#include "tools/klv/output.h"
 
 #include <array>
 #include <cmath>
@@ -251,11 +251,7 @@ int demo(const std::string& output, const render_options& how)
     const std::string reason = reason_of_failure([&] {
         vMETAFILE picture;
         record_demo(picture);
-        const std::string format = output == "-" ? "PNG" : extension_of(output);
-        if (format == "VMM")
-            write_picture(picture, output);
-        else
-            write_bitmap(*render(picture, how), format, output);
+        write_output(picture, output, {.format = {}, .depth = {}, .input = {}, .render = how});
     });
     if (reason.empty())
         return 0;

@@ -3,7 +3,7 @@
 
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
-#include "tools/klv/source.h"
+#include "tools/klv/input.h"
 
 #include <cstdio>
 
@@ -12,10 +12,10 @@ namespace {
 
 void dump_one(const std::string& file)
 {
-    const source opened = open_source(file);
+    const document opened = open_input(file);
     if (!opened.picture)
         throw failure("is an image, which has no records");
-    std::printf("%s: %s\n", file.c_str(), opened.description.c_str());
+    std::printf("%s: %s\n", file.c_str(), opened.description());
     std::uint32_t number = 0;
     record_line line;
     for_each_record(*opened.picture, [&](const metafile_record& record) {
@@ -23,8 +23,8 @@ void dump_one(const std::string& file)
         describe(record, line);
         std::printf("%6u  %s\n", ++number, line.c_str());
     });
-    if (!opened.warning.empty())
-        print_warning(file, opened.warning);
+    if (!opened.warning.Null())
+        print_warning(file, opened.warning());
 }
 
 } // namespace

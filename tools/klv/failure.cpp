@@ -1,27 +1,27 @@
 #include "tools/klv/failure.h"
 
-#include "klv/filters/bitmap_filter.h"
-#include "klv/filters/raster/imaging_library.h"
-
 #include <cstdio>
 
 namespace klv::tool {
 
-std::string reason_of(oFILTER_STATUS status)
+std::string reason_of(const render_status& status)
 {
-    if (status != oFILTER_FAILED)
-        return describe(status);
-    switch (oBMFILTER::MissingLibrary()) {
-    case missing_library::imaging_module:
+    switch (status.code()) {
+    case render_code::missing_module:
         return "the imaging module is missing: libklv_imaging.so belongs beside klv; build its target "
                "klv_imaging or run ./run";
-    case missing_library::format_library:
+    case render_code::missing_library:
         return "the imaging module needs GraphicsMagick for this format: apt-get install "
                "libgraphicsmagick-q16-3";
-    case missing_library::none:
-        break;
+    default:
+        return status.words();
     }
-    return describe(status);
+}
+
+void require(const render_status& status)
+{
+    if (!status.ok())
+        throw failure(reason_of(status));
 }
 
 void print_failure(const std::string& file, const std::string& reason)

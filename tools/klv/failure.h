@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/filters/filter.h"
+#include "klv/rendering/render_status.h"
 
 #include <new>
 #include <stdexcept>
@@ -15,8 +15,11 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Why a bitmap filter failed, with what there is to install when a library is missing.
-std::string reason_of(oFILTER_STATUS status);
+/// Why the library failed, with what there is to install when something is missing.
+std::string reason_of(const render_status& status);
+
+/// Throws failure unless the status is that of work done.
+void require(const render_status& status);
 
 /// Runs the work on a file. \return why it could not be done; empty when it was
 template <class Work> std::string reason_of_failure(Work work)

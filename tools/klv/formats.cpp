@@ -1,5 +1,6 @@
+#include "klv/filters/filter_set.h"
+
 #include "tools/klv/commands.h"
-#include "tools/klv/format_list.h"
 
 #include <cstdio>
 #include <string>
@@ -30,7 +31,7 @@ int formats()
 {
     print_format("extension", "reads", "writes", "bits", "format");
     print_format("VMM", "yes", "yes", "-", "Recorded picture");
-    format_list().for_each([](const oFILTER& filter) {
+    filter_set().for_each([](const oFILTER& filter) {
         print_format(filter.GetID()(), filter.DoesImport() ? "yes" : "no", filter.DoesExport() ? "yes" : "no",
             written_depths(filter), filter.GetDescription()());
     });

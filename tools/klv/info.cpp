@@ -3,8 +3,8 @@
 
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
+#include "tools/klv/input.h"
 #include "tools/klv/json.h"
-#include "tools/klv/source.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -43,7 +43,7 @@ void print_picture(vMETAFILE& picture)
         std::printf("    %8u %s\n", count, name.c_str());
 }
 
-void print_bitmap(const source& opened)
+void print_bitmap(const document& opened)
 {
     oDIBHEADER header;
     opened.bitmap->GetHeader(header);
@@ -58,15 +58,15 @@ void print_bitmap(const source& opened)
             opened.resolutions[i].Width(), opened.resolutions[i].Height());
 }
 
-void print_text(const std::string& file, const source& opened)
+void print_text(const std::string& file, const document& opened)
 {
-    std::printf("%s: %s\n", file.c_str(), opened.description.c_str());
+    std::printf("%s: %s\n", file.c_str(), opened.description());
     if (opened.picture)
         print_picture(*opened.picture);
     else
         print_bitmap(opened);
-    if (!opened.warning.empty())
-        std::printf("  warning    %s\n", opened.warning.c_str());
+    if (!opened.warning.Null())
+        std::printf("  warning    %s\n", opened.warning());
 }
 
 void write_picture_json(json_writer& json, vMETAFILE& picture)
@@ -92,7 +92,7 @@ void write_size_json(json_writer& json, std::int32_t width, std::int32_t height)
     json.key("height").value(std::int64_t{height});
 }
 
-void write_bitmap_json(json_writer& json, const source& opened)
+void write_bitmap_json(json_writer& json, const document& opened)
 {
     oDIBHEADER header;
     opened.bitmap->GetHeader(header);
@@ -112,18 +112,18 @@ void write_bitmap_json(json_writer& json, const source& opened)
     json.end_array();
 }
 
-void write_json(json_writer& json, const std::string& file, const source& opened)
+void write_json(json_writer& json, const std::string& file, const document& opened)
 {
     json.begin_object();
     json.key("file").value(file);
-    json.key("format").value(opened.format);
-    json.key("description").value(opened.description);
+    json.key("format").value(opened.format());
+    json.key("description").value(opened.description());
     if (opened.picture)
         write_picture_json(json, *opened.picture);
     else
         write_bitmap_json(json, opened);
-    if (!opened.warning.empty())
-        json.key("warning").value(opened.warning);
+    if (!opened.warning.Null())
+        json.key("warning").value(opened.warning());
     json.end_object();
 }
 
@@ -136,7 +136,7 @@ int info(const std::vector<std::string>& files, bool as_json)
     json.begin_array();
     for (const auto& file : files) {
         const std::string reason = reason_of_failure([&] {
-            const source opened = open_source(file);
+            const document opened = open_input(file);
             if (as_json)
                 write_json(json, file, opened);
             else

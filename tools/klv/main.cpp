@@ -29,20 +29,20 @@ std::string parse_colour(const std::string& text, klv::vCOLOUR& into)
     return {};
 }
 
-void add_render_options(CLI::App& command, klv::tool::render_options& render)
+void add_render_options(CLI::App& command, klv::render_options& render)
 {
     command.add_option("--width", render.width, "width in pixels")->check(CLI::Range(1, largest_side));
     command.add_option("--height", render.height, "height in pixels")->check(CLI::Range(1, largest_side));
     command.add_option("--dpi", render.dpi, "pixels per inch of the picture's own size (96)")
         ->check(CLI::Range(1, 10000));
     command
-        .add_option("--antialias", render.antialias,
+        .add_option("--antialias", render.samples,
             "samples along each axis of a pixel (4, fewer for costly pictures); 1 for none")
         ->check(CLI::Range(1, 16));
     command.add_option_function<std::string>(
         "--background",
         [&render](const std::string& text) {
-            const auto error = parse_colour(text, render.background);
+            const auto error = parse_colour(text, *render.ground);
             if (!error.empty())
                 throw CLI::ValidationError("--background", error);
         },
@@ -122,7 +122,7 @@ int run(int argc, char** argv)
     auto* shape_command = add_shape_commands(app, shape, names);
 
     std::string demo_output;
-    klv::tool::render_options demo_render;
+    klv::render_options demo_render;
     auto* demo_command = app.add_subcommand("demo", "draw the demonstration picture");
     demo_command->add_option("output", demo_output, "file to write")->required();
     add_render_options(*demo_command, demo_render);
@@ -137,8 +137,6 @@ int run(int argc, char** argv)
         convert.output = names.back();
         names.pop_back();
         convert.inputs = names;
-        for (const char* option : {"--width", "--height", "--dpi"})
-            convert.default_size = convert.default_size && convert_command->count(option) == 0;
         return klv::tool::convert(convert);
     }
     if (*shape_command) {

@@ -2,8 +2,8 @@
 
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"
+#include "tools/klv/output.h"
 #include "tools/klv/shape_picture.h"
-#include "tools/klv/sink.h"
 
 #include <iterator>
 #include <utility>
@@ -109,15 +109,6 @@ shape_picture changed(const shape_options& options)
     });
 }
 
-void write(shape_picture& result, const shape_options& options)
-{
-    const std::string format = options.output == "-" ? "PNG" : extension_of(options.output);
-    if (format == "VMM")
-        write_picture(result.picture(), options.output);
-    else
-        write_bitmap(*render(result.picture(), options.render), format, options.output);
-}
-
 } // namespace
 
 int shape(const shape_options& options)
@@ -128,7 +119,8 @@ int shape(const shape_options& options)
             = options.operation == shape_operation::unite || options.operation == shape_operation::intersect;
         auto result = combines ? combined(options, current) : changed(options);
         current = options.output;
-        write(result, options);
+        write_output(
+            result.picture(), current, {.format = {}, .depth = {}, .input = {}, .render = options.render});
     });
     if (reason.empty())
         return 0;

@@ -5,6 +5,7 @@
 #include "klv/metafiles/record_cursor.h"
 
 #include "tools/klv/failure.h"
+#include "tools/klv/input.h"
 
 #include <array>
 #include <new>
@@ -51,12 +52,12 @@ void copy_header(vSTREAM& from, vSTREAM& to, std::uint32_t records)
 shape_picture::shape_picture(const std::string& file)
     : stream_(new_stream())
 {
-    const source opened = open_source(file);
+    const document opened = open_input(file);
     if (!opened.picture)
         throw failure("is an image, which has no shapes");
     if (opened.picture->Native() != 0)
         throw failure("holds a picture in another format, which has no shapes");
-    warning_ = opened.warning;
+    warning_ = opened.warning();
     *opened.picture >> *stream_;
     if (stream_->Status() != vSTREAM_OK)
         throw failure("memory ran out");

@@ -5,8 +5,6 @@
 #include "klv/metafiles/metafile_records.h"
 #include "klv/streams/memory_stream.h"
 
-#include "tools/klv/source.h"
-
 #include <functional>
 #include <memory>
 #include <optional>

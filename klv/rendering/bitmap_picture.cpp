@@ -1,16 +1,15 @@
-#include "tools/klv/bitmap_picture.h"
+#include "klv/rendering/bitmap_picture.h"
 
 #include "klv/bitmaps/dib_context.h"
 #include "klv/metafiles/record_cursor.h"
 
-#include "tools/klv/failure.h"
-
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <utility>
 #include <variant>
 
-namespace klv::tool {
+namespace klv {
 namespace {
 
 constexpr double micrometres_per_inch = 25400;
@@ -53,7 +52,7 @@ void set_resolution(oMEMDIB& bitmap, int horizontal_dpi, int vertical_dpi)
 
 } // namespace
 
-void record_bitmap(oMEMDIB& bitmap, vSTREAM& out)
+render_status record_bitmap(oMEMDIB& bitmap, vSTREAM& out) noexcept
 {
     const int width = bitmap.Width();
     const int height = bitmap.Height();
@@ -67,12 +66,11 @@ void record_bitmap(oMEMDIB& bitmap, vSTREAM& out)
     oDIBCONTEXT context(width, height, &page, nullptr, nullptr, vIMAGECOLOUR(), vTILEINFO());
     picture.DrawDIB(bitmap, context, &page, 0);
     picture.EndMetaFile();
-    if (out.Status() != vSTREAM_OK)
-        throw failure("the recorded picture could not be written in full");
+    return out.Status() == vSTREAM_OK ? render_status() : render_code::unwritable;
 }
 
-std::unique_ptr<oMEMDIB> held_bitmap(vMETAFILE& picture)
-{
+std::unique_ptr<oMEMDIB> held_bitmap(vMETAFILE& picture) noexcept
+try {
     const int left = picture.LogicalXOffset();
     const int top = picture.LogicalYOffset();
     const vRECT page(vPOINT(left, top), picture.LogicalWidth(), picture.LogicalHeight());
@@ -92,6 +90,8 @@ std::unique_ptr<oMEMDIB> held_bitmap(vMETAFILE& picture)
         set_resolution(*bitmap, dpi_on_page(bitmap->Width(), picture.PhysicalWidth()),
             dpi_on_page(bitmap->Height(), picture.PhysicalHeight()));
     return bitmap;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
-} // namespace klv::tool
+} // namespace klv

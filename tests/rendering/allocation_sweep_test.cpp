@@ -1,12 +1,10 @@
 #include "klv/core/memory.h"
-#include "klv/filters/raster/png_filter.h"
-#include "klv/filters/wmf/wmf_filter.h"
+#include "klv/rendering/document.h"
+#include "klv/rendering/save.h"
 #include "klv/streams/memory_stream.h"
 
 #include "tests/filters/imaging.h"
 #include "tests/filters/wmf_drawing.h"
-#include "tools/klv/failure.h"
-#include "tools/klv/render.h"
 
 #include <algorithm>
 #include <optional>
@@ -21,29 +19,23 @@ namespace {
 
 using bytes = std::vector<std::uint8_t>;
 
-// The PNG, or nothing when the conversion said that it failed.
-std::optional<bytes> convert(bytes file)
+// The PNG and the pixels on a clear ground, or nothing when the conversion said that it failed.
+std::optional<bytes> convert(const bytes& file)
 {
-    std::uint8_t* data = file.data();
-    vMEMSTREAM in(&data, static_cast<std::uint32_t>(file.size()), vSTRING("sweep.wmf"), 0);
-    vMETAFILE picture;
-    WMFFILTER reader;
-    reader.ReadingLevel(oREADING_LEVEL::faithful);
-    if (reader.Convert(in, &picture) != oFILTER_OK)
+    document opened;
+    if (!open_bytes(file, opened, "sweep.wmf").ok() || !opened.warning.Null())
         return std::nullopt;
-    try {
-        const auto bitmap = tool::render(picture, {.width = 40, .antialias = 2});
-        vMEMSTREAM out;
-        PNGFILTER writer;
-        if (writer.Convert(*bitmap, out) != oFILTER_OK)
-            return std::nullopt;
-        bytes written(out.Size());
-        out.MoveFromStart(0);
-        out.ReadPlain(written.data(), out.Size());
-        return written;
-    } catch (const tool::failure&) {
+    vMEMSTREAM out;
+    if (!save(opened, out, {.format = "png", .depth = {}, .render = {.width = 40, .samples = 2}}).ok())
         return std::nullopt;
-    }
+    bytes made(out.Size());
+    out.MoveFromStart(0);
+    out.ReadPlain(made.data(), out.Size());
+    rendered_image image;
+    if (!render(opened, {.width = 20, .samples = 1, .ground = {}}, image).ok())
+        return std::nullopt;
+    made.insert(made.end(), image.bytes().begin(), image.bytes().end());
+    return made;
 }
 
 class AllocationSweep : public test::imaging_test { };
