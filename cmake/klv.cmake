@@ -40,6 +40,7 @@ endfunction()
 # sources, so the objects of one room are named as such.
 function(klv_shared_library)
     add_library(KLV006 SHARED $<TARGET_OBJECTS:klv_core>)
+    add_library(KLV006::KLV006 ALIAS KLV006)
     set(others ${KLV_ROOMS})
     list(REMOVE_ITEM others klv_core)
     target_link_libraries(KLV006 PUBLIC klv_options PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,${others}>"
