@@ -7,6 +7,7 @@
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace klv {
 namespace {
@@ -15,8 +16,8 @@ constexpr std::uint16_t least_transform_dpi = 10;
 constexpr int metafile_units_per_inch = 2540;
 constexpr int most_colour_bits = 30;
 
-vDEVICE* last_device = nullptr;
-int fast_update = 0;
+constinit std::atomic<vDEVICE*> last_device = nullptr;
+constinit std::atomic<int> fast_update = 0;
 
 int colours_of(HDC dc) noexcept
 {
@@ -97,8 +98,8 @@ vDEVICE& vDEVICE::operator=(const vDEVICE& other)
 
 vDEVICE::~vDEVICE()
 {
-    if (last_device == this)
-        last_device = nullptr;
+    vDEVICE* self = this;
+    last_device.compare_exchange_strong(self, nullptr);
     FreeFonts();
     ForgetClips();
     GetListInfo().ClearPolygons();
@@ -198,13 +199,13 @@ int vDEVICE::FastUpdate() noexcept { return fast_update; }
 
 LINEINFO& vDEVICE::GetLineInfo() noexcept
 {
-    static LINEINFO line;
+    static thread_local LINEINFO line;
     return line;
 }
 
 LISTINFO& vDEVICE::GetListInfo() noexcept
 {
-    static LISTINFO list;
+    static thread_local LISTINFO list;
     return list;
 }
 

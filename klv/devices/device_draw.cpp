@@ -261,7 +261,7 @@ void vDEVICE::LineThrough(std::span<const vPOINT> points) noexcept
         return;
     }
     // Longer lines than a shape holds are drawn as several that share their end points.
-    static vSHAPE shape;
+    static thread_local vSHAPE shape;
     while (points.size() > 1) {
         const std::size_t part = std::min(points.size(), vSHAPE::max_points);
         if (!shape.assign_polyline(points.first(part), 0))
@@ -281,7 +281,7 @@ void vDEVICE::DrawLine(std::span<const vPOINT> points) noexcept { LineThrough(po
 
 void vDEVICE::DrawLine(int count, vCOLLECTION& points) noexcept
 {
-    static vBUFFER<vPOINT> line;
+    static thread_local vBUFFER<vPOINT> line;
     const int held = points.NoValues() / 2;
     const auto wanted = static_cast<std::uint16_t>(std::clamp(count, 0, held));
     line.clear();

@@ -115,7 +115,7 @@ HRGN vDEVICE::ClippingRegion(const vSHAPE& shape, const RECT& area) noexcept
     ConvertShapeToPoints(shape, points, counts);
     if (std::all_of(points.begin(), points.end(), [&](const POINT& point) { return holds(area, point); }))
         return region_of(points, counts, fill_.Mode());
-    static LISTINFO clipped;
+    static thread_local LISTINFO clipped;
     clipped.ClearPolygons();
     clip_polygons(points, counts, area, clipped);
     return region_of(clipped.Points(), clipped.Counts(), fill_.Mode());

@@ -62,6 +62,8 @@ void vSCREEN::Constructor() noexcept
     palette_in_use_ = 0;
     EnablePalette(1);
     valid_ = 1;
+    // Units are read when first asked for; here before there is more than one thread to ask.
+    static_cast<void>(Mapping());
     ReleaseWinDC();
 }
 
@@ -82,6 +84,7 @@ void vSCREEN::ReInitialize() noexcept
 
 HDC vSCREEN::GetWinDC() noexcept
 {
+    const std::scoped_lock lock(dc_mutex_);
     if (!screen_dc_) {
         screen_dc_ = GetDC(nullptr);
         SetROP2(screen_dc_, draw_mode_ == vDRAW_XOR ? R2_XORPEN : R2_COPYPEN);
@@ -93,6 +96,7 @@ HDC vSCREEN::GetWinDC() noexcept
 
 int vSCREEN::ReleaseWinDC() noexcept
 {
+    const std::scoped_lock lock(dc_mutex_);
     if (screen_dc_references_ > 0 && --screen_dc_references_ == 0) {
         ReleaseDC(nullptr, screen_dc_);
         screen_dc_ = nullptr;
@@ -145,6 +149,7 @@ COLORREF vSCREEN::Colour(vSCREENCOLOUR colour) const noexcept
 
 void vSCREEN::DrawMode(vDRAWMODE mode) noexcept
 {
+    const std::scoped_lock lock(dc_mutex_);
     draw_mode_ = mode;
     if (screen_dc_)
         SetROP2(screen_dc_, mode == vDRAW_XOR ? R2_XORPEN : R2_COPYPEN);

@@ -73,6 +73,7 @@ private:
     void Constructor() noexcept;
     void Destructor() noexcept;
 
+    std::mutex dc_mutex_; ///< threads ask the one screen
     HDC screen_dc_ = nullptr;
     int screen_dc_references_ = 0;
     int palette_in_use_ = 0;

@@ -99,7 +99,7 @@ public:
 private:
     static vBUFFER<std::uint32_t>& pixels() noexcept
     {
-        static vBUFFER<std::uint32_t> row;
+        static thread_local vBUFFER<std::uint32_t> row;
         return row;
     }
     RECT area_{};

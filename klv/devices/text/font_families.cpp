@@ -42,7 +42,7 @@ int vDEVICE::NoFonts() const noexcept { return fonts_ ? static_cast<int>(fonts_-
 
 vFONT& vDEVICE::GetFont(ITERATOR& position) noexcept
 {
-    static vFONT none;
+    static thread_local vFONT none;
     if (NoFonts() == 0)
         LoadFont();
     const std::size_t index = position();
