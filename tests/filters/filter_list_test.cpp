@@ -1,11 +1,14 @@
 #include "klv/filters/filter_list.h"
+#include "klv/filters/filter_set.h"
 #include "klv/filters/progress.h"
 #include "klv/platform/system/tick_count.h"
 #include "klv/streams/memory_stream.h"
 
 #include "tests/filters/wmf_builder.h"
 
+#include <string>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -74,6 +77,42 @@ TEST(FilterList, GivesEachThreadFiltersOfItsOwn)
         EXPECT_NE(of_other, nullptr) << "one handle serves all threads";
         EXPECT_NE(of_other, mine);
     }).join();
+}
+
+// What the list leaves open: formats that are in none, and bytes that tell what only a name told.
+TEST(FilterSet, FindsReadersAndWritersByWhatTellsAFormat)
+{
+    using namespace std::string_literals;
+    const struct {
+        const char* name;
+        std::string contents;
+        const char* id;
+    } readers[] = {
+        {"unnamed", "\x89PNG\r\n\x1A\n and more", "PNG"},
+        {"unnamed", "8BPS\0\1"s, "PSD"},
+        {"unnamed", std::string(2048, '\0') + "PCD_IPI", "PCD"},
+        {"unnamed", "pixels" + "TRUEVISION-XFILE.\0"s, "TGA"},
+        {"unnamed", "pixels" + "TRUEVISION-XFILE.\0 no more at the end"s, nullptr},
+        {"a.psd", "nothing of the kind", "PSD"},
+        {"a.png", "8BPS\0\1"s, "PNG"}, // the name goes first
+        {"unnamed", "PNG", nullptr},
+    };
+    const filter_set filters;
+    ASSERT_TRUE(filters.complete());
+    for (const auto& c : readers) {
+        vMEMSTREAM stream{vSTRING(c.name)};
+        fill(stream, {c.contents.begin(), c.contents.end()});
+        const oFILTER* const filter = filters.reader_of(stream);
+        EXPECT_EQ(filter ? filter->GetID() : vSTRING(), vSTRING(c.id ? c.id : "")) << c.name;
+        EXPECT_EQ(stream.CurrentPos(), 0U) << c.name;
+    }
+    const std::pair<const char*, const char*> writers[] = {{"PNG", "PNG"}, {"JPEG", "JPG"}, {"TIFF", "TIF"},
+        {"DIB", "BMP"}, {"VST", "TGA"}, {"PSD", "PSD"}, {"PCD", ""}, {"WMF", ""}, {"", ""}, {"png", ""}};
+    for (const auto& [extension, id] : writers) {
+        const oFILTER* const filter = filters.writer_of(extension);
+        EXPECT_EQ(filter ? filter->GetID() : vSTRING(), vSTRING(id)) << extension;
+    }
+    filters.for_each([](const oFILTER& filter) { EXPECT_FALSE(filter.GetDescription().Null()); });
 }
 
 TEST(FilterList, KeepsTheOrderOfProbing)
