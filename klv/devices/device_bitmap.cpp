@@ -137,7 +137,7 @@ void vDEVICE::DrawDIB(const oDIB& bitmap, oDIBCONTEXT& context, vRECT* clip, int
 {
     const active_dc dc(*this);
     bitmap_placement placement{};
-    if (!dc || !place_bitmap(*this, context, bitmap.Width(), bitmap.Height(), placement))
+    if (!dc || !place_bitmap(Mapping(), context, bitmap.Width(), bitmap.Height(), placement))
         return;
     if (clip) {
         PushClipArea();

@@ -1,4 +1,6 @@
+#include "klv/devices/bitmap/colour_override.h"
 #include "klv/devices/device.h"
+#include "klv/devices/fill/gem_patterns.h"
 #include "klv/gdi/gdi.h"
 
 /// Display modes: what a colour becomes on greyscale and separation output.
@@ -86,5 +88,54 @@ COLORREF vDEVICE::NearestColour(const vCOLOUR& colour) noexcept
 }
 
 HBRUSH vDEVICE::CreateBrush(const vCOLOUR& colour) noexcept { return CreateSolidBrush(colour.PackedRGB()); }
+
+// ---- Colours of images ---------------------------------------------------------------------------------
+
+int vDEVICE::RGBtoRGB(const vCOLOUR* in, vCOLOUR* out, const vIMAGECOLOUR& override_) noexcept
+{
+    const colour_override change(override_);
+    if (!change.changes_anything()) {
+        *out = *in;
+        return 1;
+    }
+    const rgb_channels result = change(rgb_channels(*in));
+    *out = vCOLOUR(static_cast<unsigned char>(result.red), static_cast<unsigned char>(result.green),
+        static_cast<unsigned char>(result.blue));
+    return 1;
+}
+
+int vDEVICE::Munge256Palette(std::uint8_t* entries, const vCOLOUR& colour) noexcept
+{
+    constexpr std::size_t colours = 256;
+    constexpr std::size_t entry_size = 4;
+    const rgb_channels foreground(colour);
+    for (std::size_t i = 0; i < colours; ++i) {
+        std::uint8_t* const entry = entries + i * entry_size;
+        const rgb_channels shade
+            = GetMonochromeRGB(rgb_channels(entry[2], entry[1], entry[0]).grey(), foreground);
+        entry[0] = static_cast<std::uint8_t>(shade.blue);
+        entry[1] = static_cast<std::uint8_t>(shade.green);
+        entry[2] = static_cast<std::uint8_t>(shade.red);
+    }
+    return 1;
+}
+
+// ---- Patterns ------------------------------------------------------------------------------------------
+
+HBRUSH vDEVICE::CreateGEMBrush(int style, int index) noexcept
+{
+    const auto pattern = find_gem_pattern(style, index);
+    if (!pattern)
+        return nullptr;
+    // Rows of a bitmap are padded to two bytes.
+    constexpr int size = 8;
+    std::array<std::uint8_t, 2 * size> bits{};
+    for (std::size_t row = 0; row < size; ++row)
+        bits[2 * row] = (*pattern)[row];
+    HBITMAP bitmap = CreateBitmap(size, size, 1, 1, bits.data());
+    HBRUSH brush = CreatePatternBrush(bitmap);
+    DeleteObject(bitmap);
+    return brush;
+}
 
 } // namespace klv

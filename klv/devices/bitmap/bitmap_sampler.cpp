@@ -4,7 +4,6 @@
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/devices/bitmap/colour_match.h"
-#include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>
@@ -21,11 +20,11 @@ constexpr std::size_t row_padding = 3;
 // Pixel centres.
 constexpr double half = 0.5;
 
-affine_map logical_to_device(const vDEVICE& device) noexcept
+affine_map logical_to_device(const unit_mapping& units) noexcept
 {
-    const double x = static_cast<double>(device.DevUnitsPerHorzInch()) / device.LogUnitsPerHorzInch();
-    const double y = static_cast<double>(device.DevUnitsPerVertInch()) / device.LogUnitsPerVertInch();
-    return {x, 0, device.Origin().x * x, 0, y, device.Origin().y * y};
+    const double x = static_cast<double>(units.x.device) / units.x.logical;
+    const double y = static_cast<double>(units.y.device) / units.y.logical;
+    return {x, 0, static_cast<double>(units.origin_x) * x, 0, y, static_cast<double>(units.origin_y) * y};
 }
 
 affine_map map_of(const IDistort* distort) noexcept
@@ -99,8 +98,8 @@ affine_map affine_map::inverse() const noexcept
         a / determinant, (c * d - a * f) / determinant};
 }
 
-bool place_bitmap(
-    const vDEVICE& device, const oDIBCONTEXT& context, int width, int height, bitmap_placement& out) noexcept
+bool place_bitmap(const unit_mapping& units, const oDIBCONTEXT& context, int width, int height,
+    bitmap_placement& out) noexcept
 {
     const vRECT& target = context.GetDstRect();
     out.source = within_bitmap(context.GetSrcRect(), width, height);
@@ -114,7 +113,7 @@ bool place_bitmap(
     const double scale_y = tiles.height / source_height;
     const affine_map to_logical{
         scale_x, 0, tiles.left - out.source.left * scale_x, 0, scale_y, tiles.top - out.source.top * scale_y};
-    out.to_device = to_logical.then(map_of(context.GetDistort())).then(logical_to_device(device));
+    out.to_device = to_logical.then(map_of(context.GetDistort())).then(logical_to_device(units));
 
     const affine_map to_pixels = to_logical.invertible() ? to_logical.inverse() : affine_map{};
     const double u0 = to_pixels.x(target.Left(), target.Top());

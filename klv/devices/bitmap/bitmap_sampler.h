@@ -2,6 +2,7 @@
 
 #include "klv/base/types.h"
 #include "klv/core/buffer.h"
+#include "klv/devices/unit_mapping.h"
 
 #include <cstdint>
 
@@ -9,7 +10,6 @@ namespace klv {
 
 class oDIBCONTEXT;
 class oMEMDIB;
-class vDEVICE;
 class colour_match;
 
 /// x' = a x + b y + c, y' = d x + e y + f.
@@ -35,8 +35,8 @@ struct bitmap_placement {
 };
 
 /// Works out the placement from a context. \return false when nothing can show
-bool place_bitmap(
-    const vDEVICE& device, const oDIBCONTEXT& context, int width, int height, bitmap_placement& out) noexcept;
+bool place_bitmap(const unit_mapping& units, const oDIBCONTEXT& context, int width, int height,
+    bitmap_placement& out) noexcept;
 
 /// Which pixels of a bitmap are left out.
 struct transparency_key {

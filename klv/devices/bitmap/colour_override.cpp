@@ -2,7 +2,6 @@
 
 #include "klv/colour/colour.h"
 #include "klv/colour/image_colour.h"
-#include "klv/devices/device.h"
 
 #include <algorithm>
 #include <cmath>
@@ -171,35 +170,6 @@ rgb_channels colour_override::operator()(const rgb_channels& colour) const noexc
     if (saturates_)
         result = saturated_by(result, saturation_);
     return result;
-}
-
-int vDEVICE::RGBtoRGB(const vCOLOUR* in, vCOLOUR* out, const vIMAGECOLOUR& override_) noexcept
-{
-    const colour_override change(override_);
-    if (!change.changes_anything()) {
-        *out = *in;
-        return 1;
-    }
-    const rgb_channels result = change(rgb_channels(*in));
-    *out = vCOLOUR(static_cast<unsigned char>(result.red), static_cast<unsigned char>(result.green),
-        static_cast<unsigned char>(result.blue));
-    return 1;
-}
-
-int vDEVICE::Munge256Palette(std::uint8_t* entries, const vCOLOUR& colour) noexcept
-{
-    constexpr std::size_t colours = 256;
-    constexpr std::size_t entry_size = 4;
-    const rgb_channels foreground(colour);
-    for (std::size_t i = 0; i < colours; ++i) {
-        std::uint8_t* const entry = entries + i * entry_size;
-        const rgb_channels shade
-            = GetMonochromeRGB(rgb_channels(entry[2], entry[1], entry[0]).grey(), foreground);
-        entry[0] = static_cast<std::uint8_t>(shade.blue);
-        entry[1] = static_cast<std::uint8_t>(shade.green);
-        entry[2] = static_cast<std::uint8_t>(shade.red);
-    }
-    return 1;
 }
 
 } // namespace klv

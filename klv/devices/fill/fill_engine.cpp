@@ -40,22 +40,6 @@ HBRUSH fill_brush(vDEVICE& device) noexcept
 
 } // namespace
 
-HBRUSH vDEVICE::CreateGEMBrush(int style, int index) noexcept
-{
-    const auto pattern = find_gem_pattern(style, index);
-    if (!pattern)
-        return nullptr;
-    // Rows of a bitmap are padded to two bytes.
-    constexpr int size = 8;
-    std::array<std::uint8_t, 2 * size> bits{};
-    for (std::size_t row = 0; row < size; ++row)
-        bits[2 * row] = (*pattern)[row];
-    HBITMAP bitmap = CreateBitmap(size, size, 1, 1, bits.data());
-    HBRUSH brush = CreatePatternBrush(bitmap);
-    DeleteObject(bitmap);
-    return brush;
-}
-
 void FillPolygons(vDEVICE& device, const vSHAPE& shape) noexcept
 {
     const active_dc dc(device);

@@ -1,5 +1,4 @@
 #include "klv/base/numbers.h"
-#include "klv/devices/device.h"
 #include "klv/devices/line/line_engine.h"
 #include "klv/devices/outline/segment_clip.h"
 
@@ -35,7 +34,7 @@ void LINEINFO::skip_pattern(std::int64_t distance) noexcept
 
 void LINEINFO::round_cap_at(const POINT& at, const POINT& from, const POINT& to) noexcept
 {
-    AppendArc(vDEVICE::GetListInfo(), at, CalcCircleSegments(from, to), circle_);
+    AppendArc(*list_, at, CalcCircleSegments(from, to), circle_);
 }
 
 void LINEINFO::DottedLineSegment(const POINT& from, const POINT& to) noexcept
@@ -55,7 +54,7 @@ void LINEINFO::DottedLineSegment(const POINT& from, const POINT& to) noexcept
             static_cast<LONG>(to.x - dx * distance / size), static_cast<LONG>(to.y - dy * distance / size)};
     };
 
-    if (round_caps && in_dash() && vDEVICE::GetListInfo().NoPolygons() == 0)
+    if (round_caps && in_dash() && list_->NoPolygons() == 0)
         round_cap_at(from, to, from);
 
     POINT start = from;

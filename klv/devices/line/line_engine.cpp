@@ -68,7 +68,8 @@ void LINEINFO::Init(vDEVICE& device) noexcept
     const int margin = width_ + width_ / 2 + 2;
     reach_ = {reach_.left - margin, reach_.top - margin, reach_.right + margin, reach_.bottom + margin};
 
-    vDEVICE::GetListInfo().ClearPolygons();
+    list_ = &vDEVICE::GetListInfo();
+    list_->ClearPolygons();
     select_objects(device);
 }
 
@@ -143,7 +144,7 @@ void LINEINFO::Term() noexcept
         DeleteObject(created_pen_);
     if (created_brush_)
         DeleteObject(created_brush_);
-    vDEVICE::GetListInfo().ClearPolygons();
+    list_->ClearPolygons();
     device_->ReleaseWinDC();
     device_ = nullptr;
     dc_ = nullptr;
@@ -185,7 +186,7 @@ void LINEINFO::PartLineSegment(const POINT& from, const POINT& to, const line_of
 
 void LINEINFO::ThickLineSegment(const POINT& from, const POINT& to, const line_offsets& offsets) noexcept
 {
-    LISTINFO& list = vDEVICE::GetListInfo();
+    LISTINFO& list = *list_;
     const POINT start_a = continuing_ ? edge_a_ : from + offsets.a;
     const POINT start_b = continuing_ ? edge_b_ : from - offsets.b;
     edge_b_ = to - offsets.b;
@@ -205,7 +206,7 @@ void LINEINFO::CornerSegment(const POINT& before, const POINT& at, const POINT& 
     if (method_ != line_method::polygons || !in_dash())
         return;
     continuing_ = false;
-    AppendJoin(vDEVICE::GetListInfo(), before, at, after, width_, join_, circle_);
+    AppendJoin(*list_, before, at, after, width_, join_, circle_);
 }
 
 void LINEINFO::EndOfContour() noexcept
@@ -225,7 +226,7 @@ void LINEINFO::EndOfContour() noexcept
 
 void LINEINFO::paint_polygons() noexcept
 {
-    LISTINFO& list = vDEVICE::GetListInfo();
+    LISTINFO& list = *list_;
     const std::span<const POINT> points = list.Points();
     const std::span<const int> counts = list.Counts();
     if (GetDeviceCaps(dc_, TECHNOLOGY) == DT_RASDISPLAY) {
@@ -246,7 +247,7 @@ void LINEINFO::paint_polygons() noexcept
 
 void LINEINFO::pen_segment(const POINT& from, const POINT& to) noexcept
 {
-    LISTINFO& list = vDEVICE::GetListInfo();
+    LISTINFO& list = *list_;
     if (run_points_ == 0 || run_end_ != from) {
         end_pen_run();
         run_points_ = list.AppendPoint(from);
@@ -258,14 +259,14 @@ void LINEINFO::pen_segment(const POINT& from, const POINT& to) noexcept
 void LINEINFO::end_pen_run() noexcept
 {
     if (run_points_ > 0)
-        vDEVICE::GetListInfo().AppendCount(run_points_);
+        list_->AppendCount(run_points_);
     run_points_ = 0;
 }
 
 void LINEINFO::paint_pen_runs() noexcept
 {
     end_pen_run();
-    LISTINFO& list = vDEVICE::GetListInfo();
+    LISTINFO& list = *list_;
     const POINT* run = list.Points().data();
     for (const int count : list.Counts()) {
         Polyline(dc_, run, count);

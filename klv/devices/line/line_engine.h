@@ -70,6 +70,7 @@ private:
     static constexpr int round_cap = 0;
 
     vDEVICE* device_ = nullptr;
+    LISTINFO* list_ = nullptr; // where the pieces are gathered
     HDC dc_ = nullptr;
     HGDIOBJ saved_pen_ = nullptr;
     HGDIOBJ saved_brush_ = nullptr;

@@ -2,11 +2,42 @@
 #include "klv/attributes/fill_spec.h"
 #include "klv/attributes/line_spec.h"
 #include "klv/devices/device.h"
-#include "klv/devices/outline/pixel_units.h"
 #include "klv/gdi/gdi.h"
 
 /// What arrowheads do on a device; the line engine places them in device pixels.
 namespace klv {
+namespace {
+
+// Makes a device's logical units its pixels, without an origin, for as long as the object lives.
+class pixel_units {
+public:
+    explicit pixel_units(vDEVICE& device) noexcept
+        : device_(device)
+        , horizontal_(device.LogUnitsPerHorzInch())
+        , vertical_(device.LogUnitsPerVertInch())
+        , origin_(device.Origin())
+    {
+        device.LogUnitsPerHorzInch(device.DevUnitsPerHorzInch());
+        device.LogUnitsPerVertInch(device.DevUnitsPerVertInch());
+        device.Origin(vPOINT());
+    }
+    ~pixel_units()
+    {
+        device_.LogUnitsPerHorzInch(horizontal_);
+        device_.LogUnitsPerVertInch(vertical_);
+        device_.Origin(origin_);
+    }
+    pixel_units(const pixel_units&) = delete;
+    pixel_units& operator=(const pixel_units&) = delete;
+
+private:
+    vDEVICE& device_;
+    int horizontal_;
+    int vertical_;
+    vPOINT origin_;
+};
+
+} // namespace
 
 void vARROWHEAD::Clip(vDEVICE& device, const vPOINT& end, const vPOINT& from, int lineWidth) const noexcept
 {
