@@ -35,27 +35,7 @@ INT FillRect(HDC handle, const RECT* rect, HBRUSH brush_handle) noexcept
         const auto brush = brush_or_colour(brush_handle);
         if (rect == nullptr || !brush)
             return FALSE;
-        return fill(dc, box_fill{box_fill::how::fill, *rect, *brush});
-    });
-}
-
-INT FrameRect(HDC handle, const RECT* rect, HBRUSH brush_handle) noexcept
-{
-    return with_context(handle, [=](drawing_context& dc) {
-        const auto* brush = find<brush_object>(brush_handle);
-        if (rect == nullptr || brush == nullptr)
-            return FALSE;
-        const RECT device = dc.state.map.to_device(*rect);
-        if (device.left == device.right || device.top == device.bottom)
-            return FALSE;
-        return fill(dc, box_fill{box_fill::how::frame, *rect, *brush});
-    });
-}
-
-BOOL InvertRect(HDC handle, const RECT* rect) noexcept
-{
-    return with_context(handle, [=](drawing_context& dc) {
-        return rect != nullptr && fill(dc, box_fill{box_fill::how::invert, *rect, *dc.state.brush});
+        return fill(dc, box_fill{*rect, *brush});
     });
 }
 

@@ -74,22 +74,18 @@ HBITMAP handle_for(const std::shared_ptr<bitmap_object>& bitmap)
     return handle_of<HBITMAP>(bitmap ? register_object(bitmap) : 0);
 }
 
-/// Bytes of a row as CreateBitmap, GetBitmapBits and SetBitmapBits have them: padded to two.
+/// Bytes of a row as CreateBitmap takes them: padded to two.
 std::size_t word_row_bytes(const surface& s)
 {
     return static_cast<std::size_t>(
         (static_cast<std::uint64_t>(s.width) * static_cast<std::uint64_t>(s.bits) + 15) / 16 * 2);
 }
 
-void set_word_rows(const surface& s, const std::uint8_t* bits, std::size_t size)
+void set_word_rows(const surface& s, const std::uint8_t* bits)
 {
     const std::size_t row_bytes = word_row_bytes(s);
-    for (std::int32_t y = 0; y < s.height && size != 0; ++y) {
-        const std::size_t n = std::min(row_bytes, size);
-        std::memcpy(s.row(y), bits, n);
-        bits += n;
-        size -= n;
-    }
+    for (std::int32_t y = 0; y < s.height; ++y, bits += row_bytes)
+        std::memcpy(s.row(y), bits, row_bytes);
 }
 
 /// The colours of a bitmap's pixels; a monochrome one is black and white.
@@ -209,19 +205,10 @@ HBITMAP CreateBitmap(INT width, INT height, UINT planes, UINT bits_per_pixel, co
         if (planes != 1 || !is_depth(bits_per_pixel))
             return nullptr;
         const auto bitmap = new_device_bitmap(width, height, static_cast<int>(bits_per_pixel));
-        if (bitmap && bits != nullptr) {
-            const surface& s = bitmap->pixels;
-            set_word_rows(s, static_cast<const std::uint8_t*>(bits),
-                word_row_bytes(s) * static_cast<std::size_t>(s.height));
-        }
+        if (bitmap && bits != nullptr)
+            set_word_rows(bitmap->pixels, static_cast<const std::uint8_t*>(bits));
         return handle_for(bitmap);
     });
-}
-
-HBITMAP CreateBitmapIndirect(const BITMAP* b) noexcept
-{
-    return b == nullptr ? nullptr
-                        : CreateBitmap(b->bmWidth, b->bmHeight, b->bmPlanes, b->bmBitsPixel, b->bmBits);
 }
 
 HBITMAP CreateCompatibleBitmap(HDC handle, INT width, INT height) noexcept
@@ -237,19 +224,6 @@ HBITMAP CreateCompatibleBitmap(HDC handle, INT width, INT height) noexcept
         }
         return handle_for(bitmap);
     });
-}
-
-HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD init, const void* bits,
-    const BITMAPINFO* info, UINT usage) noexcept
-{
-    dib_layout layout;
-    if (header == nullptr || !layout.read(header, usage))
-        return nullptr;
-    const HBITMAP bitmap = dc == nullptr ? CreateBitmap(layout.width, layout.height, 1, 1, nullptr)
-                                         : CreateCompatibleBitmap(dc, layout.width, layout.height);
-    if (bitmap != nullptr && (init & CBM_INIT) != 0 && bits != nullptr && info != nullptr)
-        SetDIBits(dc, bitmap, 0, static_cast<UINT>(layout.height), bits, info, usage);
-    return bitmap;
 }
 
 HBITMAP CreateDIBSection(
@@ -288,56 +262,6 @@ UINT GetDIBColorTable(HDC handle, UINT first, UINT count, RGBQUAD* colours) noex
     return n;
 }
 
-UINT SetDIBColorTable(HDC handle, UINT first, UINT count, const RGBQUAD* colours) noexcept
-{
-    const auto* dc = find_context(handle);
-    if (dc == nullptr || !dc->state.bitmap || !dc->state.bitmap->section || !dc->state.bitmap->pixels.table
-        || colours == nullptr)
-        return 0;
-    colour_table& table = *dc->state.bitmap->pixels.table;
-    const UINT n = first >= table.count ? 0 : std::min(count, table.count - first);
-    for (UINT i = 0; i < n; ++i) {
-        table.entries[first + i] = colours[i];
-        table.entries[first + i].rgbReserved = 0;
-    }
-    table.changed();
-    return n;
-}
-
-LONG GetBitmapBits(HBITMAP handle, LONG size, void* bits) noexcept
-{
-    const auto* bitmap = find<bitmap_object>(handle);
-    if (bitmap == nullptr)
-        return 0;
-    const surface& s = bitmap->pixels;
-    const std::size_t row_bytes = word_row_bytes(s);
-    const std::size_t all = row_bytes * static_cast<std::size_t>(s.height);
-    if (bits == nullptr)
-        return static_cast<LONG>(all);
-    std::size_t left = std::min(all, static_cast<std::size_t>(std::max(size, 0)));
-    auto* out = static_cast<std::uint8_t*>(bits);
-    const auto copied = static_cast<LONG>(left);
-    for (std::int32_t y = 0; left != 0; ++y) {
-        const std::size_t n = std::min(row_bytes, left);
-        std::memcpy(out, s.row(y), n);
-        out += n;
-        left -= n;
-    }
-    return copied;
-}
-
-LONG SetBitmapBits(HBITMAP handle, DWORD size, const void* bits) noexcept
-{
-    const auto* bitmap = find<bitmap_object>(handle);
-    if (bitmap == nullptr || bitmap->stock || bits == nullptr)
-        return 0;
-    const surface& s = bitmap->pixels;
-    const std::size_t bytes
-        = std::min<std::size_t>(size, word_row_bytes(s) * static_cast<std::size_t>(s.height));
-    set_word_rows(s, static_cast<const std::uint8_t*>(bits), bytes);
-    return static_cast<LONG>(bytes);
-}
-
 INT GetDIBits(
     HDC dc, HBITMAP handle, UINT start, UINT lines, void* bits, BITMAPINFO* info, UINT usage) noexcept
 {
@@ -371,29 +295,6 @@ INT GetDIBits(
         return for_rows(s, layout.top_down, start, lines, [&](UINT i, std::int32_t y) {
             out.top = static_cast<std::uint8_t*>(bits) + i * layout.row_bytes();
             copy_row(s, y, out, 0, row);
-        });
-    });
-}
-
-INT SetDIBits(HDC dc, HBITMAP handle, UINT start, UINT lines, const void* bits, const BITMAPINFO* info,
-    UINT usage) noexcept
-{
-    return guarded([&]() -> INT {
-        const auto* bitmap = find<bitmap_object>(handle);
-        dib_source source;
-        constexpr UINT most_lines = 1 << 30;
-        if (bitmap == nullptr || bitmap->stock
-            || !source.open(info, bits, usage, palette_of(find_context(dc)),
-                static_cast<INT>(std::min(lines, most_lines))))
-            return 0;
-        const surface& s = bitmap->pixels;
-        const surface& from = source.pixels();
-        const bool top_down = source.layout().top_down;
-        std::vector<std::uint32_t> row;
-        const auto rows = static_cast<UINT>(from.height);
-        return for_rows(s, top_down, start, rows, [&](UINT i, std::int32_t y) {
-            const auto line = static_cast<std::int32_t>(i);
-            copy_row(from, top_down ? line : from.height - 1 - line, s, y, row);
         });
     });
 }

@@ -26,7 +26,7 @@ INT remove_clip(drawing_context& dc)
 {
     dc.state.clipped = false;
     dc.state.clip = region();
-    dc.out->change_clip(dc.state, clip_to_region{nullptr, RGN_COPY});
+    dc.out->change_clip(dc.state, clip_to_region{nullptr});
     return SIMPLEREGION;
 }
 
@@ -39,22 +39,14 @@ region device_rectangle(const drawing_context& dc, const RECT& logical)
 
 } // namespace
 
-INT ExtSelectClipRgn(HDC handle, HRGN other, INT mode) noexcept
-{
-    return with_context(handle, ERROR_REGION, [=](drawing_context& dc) {
-        const auto* area = find<region_object>(other);
-        if (area == nullptr)
-            return other == nullptr && mode == RGN_COPY ? remove_clip(dc) : ERROR_REGION;
-        region clip;
-        const bool known = mode == RGN_COPY ? combine(clip, area->area, area->area, mode)
-                                            : combine(clip, current_clip(dc), area->area, mode);
-        return known ? set_clip(dc, std::move(clip), clip_to_region{area, mode}) : ERROR_REGION;
-    });
-}
-
 INT SelectClipRgn(HDC handle, HRGN region_handle) noexcept
 {
-    return ExtSelectClipRgn(handle, region_handle, RGN_COPY);
+    return with_context(handle, ERROR_REGION, [=](drawing_context& dc) {
+        if (region_handle == nullptr)
+            return remove_clip(dc);
+        const auto* r = find<region_object>(region_handle);
+        return r == nullptr ? ERROR_REGION : set_clip(dc, r->area, clip_to_region{r});
+    });
 }
 
 INT IntersectClipRect(HDC handle, INT left, INT top, INT right, INT bottom) noexcept

@@ -137,13 +137,11 @@ private:
 
 // Calls report for the first style of each family, or for every style of one. Families beyond the limit of
 // a face name can't be asked for and are left out.
-void enumerate(enumeration& to, const char* family, std::uint8_t charset)
+void enumerate(enumeration& to, const char* family)
 {
     const bool one = family && family[0] != '\0';
     for (const auto& [name, styles] : all_families()) {
         if (name.size() >= LF_FACESIZE || (one && strcasecmp(name.c_str(), family) != 0))
-            continue;
-        if (charset != DEFAULT_CHARSET && describe(name, styles.front(), 0).lfCharSet != charset)
             continue;
         const std::size_t count = one ? styles.size() : 1;
         for (std::size_t i = 0; i < count; ++i)
@@ -164,20 +162,7 @@ int EnumFontFamiliesA(HDC dc, const char* family, FONTENUMPROCA callback, LPARAM
         if (!context || !callback)
             return 0;
         gdi::enumeration to(*context, callback, data);
-        gdi::enumerate(to, family, DEFAULT_CHARSET);
-        return to.answer();
-    });
-}
-
-int EnumFontFamiliesExA(
-    HDC dc, LOGFONTA* description, FONTENUMPROCA callback, LPARAM data, std::uint32_t) noexcept
-{
-    return gdi::guarded([&] {
-        const auto* context = gdi::find_context(dc);
-        if (!context || !callback || !description)
-            return 0;
-        gdi::enumeration to(*context, callback, data);
-        gdi::enumerate(to, description->lfFaceName, description->lfCharSet);
+        gdi::enumerate(to, family);
         return to.answer();
     });
 }

@@ -189,19 +189,14 @@ HBRUSH CreateDIBPatternBrush(HGLOBAL packed, UINT usage) noexcept;
 /// As CreateDIBPatternBrush, from memory. The bitmap's own sizes are trusted: it must be complete.
 HBRUSH CreateDIBPatternBrushPt(const void* packed, UINT usage) noexcept;
 HBRUSH CreateBrushIndirect(const LOGBRUSH* brush) noexcept;
-BOOL SetBrushOrgEx(HDC dc, INT x, INT y, POINT* old) noexcept;
-BOOL GetBrushOrgEx(HDC dc, POINT* origin) noexcept;
 
 // ---- Attributes of a context ---------------------------------------------------------------------------
 
 inline constexpr INT TRANSPARENT = 1;
 inline constexpr INT OPAQUE = 2;
 INT SetBkMode(HDC dc, INT mode) noexcept;
-INT GetBkMode(HDC dc) noexcept;
 COLORREF SetBkColor(HDC dc, COLORREF colour) noexcept;
-COLORREF GetBkColor(HDC dc) noexcept;
 COLORREF SetTextColor(HDC dc, COLORREF colour) noexcept;
-COLORREF GetTextColor(HDC dc) noexcept;
 
 inline constexpr INT R2_BLACK = 1;
 inline constexpr INT R2_NOTMERGEPEN = 2;
@@ -225,7 +220,6 @@ INT GetROP2(HDC dc) noexcept;
 inline constexpr INT ALTERNATE = 1;
 inline constexpr INT WINDING = 2;
 INT SetPolyFillMode(HDC dc, INT mode) noexcept;
-INT GetPolyFillMode(HDC dc) noexcept;
 
 inline constexpr INT BLACKONWHITE = 1;
 inline constexpr INT WHITEONBLACK = 2;
@@ -233,12 +227,6 @@ inline constexpr INT COLORONCOLOR = 3;
 inline constexpr INT HALFTONE = 4;
 /// How StretchBlt and StretchDIBits join the pixels that shrinking drops: AND, OR, not at all, average.
 INT SetStretchBltMode(HDC dc, INT mode) noexcept;
-INT GetStretchBltMode(HDC dc) noexcept;
-
-inline constexpr INT AD_COUNTERCLOCKWISE = 1;
-inline constexpr INT AD_CLOCKWISE = 2;
-INT SetArcDirection(HDC dc, INT direction) noexcept;
-INT GetArcDirection(HDC dc) noexcept;
 
 // ---- Mapping -------------------------------------------------------------------------------------------
 
@@ -256,9 +244,7 @@ BOOL SetWindowOrgEx(HDC dc, INT x, INT y, POINT* old) noexcept;
 BOOL SetWindowExtEx(HDC dc, INT cx, INT cy, SIZE* old) noexcept;
 BOOL SetViewportOrgEx(HDC dc, INT x, INT y, POINT* old) noexcept;
 BOOL SetViewportExtEx(HDC dc, INT cx, INT cy, SIZE* old) noexcept;
-BOOL GetWindowOrgEx(HDC dc, POINT* origin) noexcept;
 BOOL GetWindowExtEx(HDC dc, SIZE* extent) noexcept;
-BOOL GetViewportOrgEx(HDC dc, POINT* origin) noexcept;
 BOOL GetViewportExtEx(HDC dc, SIZE* extent) noexcept;
 BOOL OffsetWindowOrgEx(HDC dc, INT x, INT y, POINT* old) noexcept;
 BOOL OffsetViewportOrgEx(HDC dc, INT x, INT y, POINT* old) noexcept;
@@ -274,14 +260,8 @@ BOOL MoveToEx(HDC dc, INT x, INT y, POINT* old) noexcept;
 BOOL LineTo(HDC dc, INT x, INT y) noexcept;
 BOOL GetCurrentPositionEx(HDC dc, POINT* position) noexcept;
 BOOL Polyline(HDC dc, const POINT* points, INT count) noexcept;
-BOOL PolylineTo(HDC dc, const POINT* points, INT count) noexcept;
-BOOL PolyPolyline(HDC dc, const POINT* points, const DWORD* counts, DWORD polylines) noexcept;
 /// count is 3 n + 1.
 BOOL PolyBezier(HDC dc, const POINT* points, DWORD count) noexcept;
-
-using LINEDDAPROC = void (*)(INT x, INT y, LPARAM data);
-/// Calls proc for every pixel from the first point up to, but without, the second.
-BOOL LineDDA(INT x1, INT y1, INT x2, INT y2, LINEDDAPROC proc, LPARAM data) noexcept;
 
 COLORREF SetPixel(HDC dc, INT x, INT y, COLORREF colour) noexcept;
 BOOL SetPixelV(HDC dc, INT x, INT y, COLORREF colour) noexcept;
@@ -297,7 +277,7 @@ BOOL Ellipse(HDC dc, INT left, INT top, INT right, INT bottom) noexcept;
 /// ellipses painted from the outside in come out the same, and each pixel is written once.
 BOOL EllipseRing(HDC dc, const RECT& outer, const RECT& inner) noexcept;
 /// Arcs run from the ray through the start point to the ray through the end point, counter-clockwise as
-/// seen unless SetArcDirection said otherwise.
+/// seen; equal rays make the whole ellipse.
 BOOL Arc(HDC dc, INT left, INT top, INT right, INT bottom, INT x_start, INT y_start, INT x_end,
     INT y_end) noexcept;
 BOOL Pie(HDC dc, INT left, INT top, INT right, INT bottom, INT x_start, INT y_start, INT x_end,
@@ -305,8 +285,6 @@ BOOL Pie(HDC dc, INT left, INT top, INT right, INT bottom, INT x_start, INT y_st
 BOOL Chord(HDC dc, INT left, INT top, INT right, INT bottom, INT x_start, INT y_start, INT x_end,
     INT y_end) noexcept;
 INT FillRect(HDC dc, const RECT* rect, HBRUSH brush) noexcept;
-INT FrameRect(HDC dc, const RECT* rect, HBRUSH brush) noexcept;
-BOOL InvertRect(HDC dc, const RECT* rect) noexcept;
 
 inline constexpr UINT FLOODFILLBORDER = 0;
 inline constexpr UINT FLOODFILLSURFACE = 1;
@@ -315,28 +293,19 @@ BOOL ExtFloodFill(HDC dc, INT x, INT y, COLORREF colour, UINT type) noexcept;
 // ---- Bitmaps and block copies --------------------------------------------------------------------------
 
 HBITMAP CreateBitmap(INT width, INT height, UINT planes, UINT bits_per_pixel, const void* bits) noexcept;
-HBITMAP CreateBitmapIndirect(const BITMAP* bitmap) noexcept;
 /// A bitmap of the depth of dc's surface (monochrome on a fresh memory context).
 HBITMAP CreateCompatibleBitmap(HDC dc, INT width, INT height) noexcept;
 
-inline constexpr DWORD CBM_INIT = 4;
-HBITMAP CreateDIBitmap(HDC dc, const BITMAPINFOHEADER* header, DWORD init, const void* bits,
-    const BITMAPINFO* info, UINT usage) noexcept;
 /// A bitmap whose pixels the caller can reach through *bits. File mappings are not taken: section must be
 /// null.
 HBITMAP CreateDIBSection(
     HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset) noexcept;
 UINT GetDIBColorTable(HDC dc, UINT first, UINT count, RGBQUAD* colours) noexcept;
-UINT SetDIBColorTable(HDC dc, UINT first, UINT count, const RGBQUAD* colours) noexcept;
 
-LONG GetBitmapBits(HBITMAP bitmap, LONG size, void* bits) noexcept;
-LONG SetBitmapBits(HBITMAP bitmap, DWORD size, const void* bits) noexcept;
 /// Reads rows into the format that info asks for and writes the colour table; null bits fill in the header
 /// (biBitCount 0: the header only). \return rows read; 0 when it fails.
 INT GetDIBits(
     HDC dc, HBITMAP bitmap, UINT start, UINT lines, void* bits, BITMAPINFO* info, UINT usage) noexcept;
-INT SetDIBits(HDC dc, HBITMAP bitmap, UINT start, UINT lines, const void* bits, const BITMAPINFO* info,
-    UINT usage) noexcept;
 
 // Named ternary raster operations; any other documented 32-bit code works, its third byte is the truth
 // table.
@@ -385,18 +354,13 @@ inline constexpr INT RGN_DIFF = 4;
 inline constexpr INT RGN_COPY = 5;
 
 HRGN CreateRectRgn(INT left, INT top, INT right, INT bottom) noexcept;
-HRGN CreateRectRgnIndirect(const RECT* rect) noexcept;
 HRGN CreateEllipticRgn(INT left, INT top, INT right, INT bottom) noexcept;
-HRGN CreateEllipticRgnIndirect(const RECT* rect) noexcept;
-HRGN CreateRoundRectRgn(INT left, INT top, INT right, INT bottom, INT width, INT height) noexcept;
 HRGN CreatePolygonRgn(const POINT* points, INT count, INT mode) noexcept;
 HRGN CreatePolyPolygonRgn(const POINT* points, const INT* counts, INT polygons, INT mode) noexcept;
-BOOL SetRectRgn(HRGN region, INT left, INT top, INT right, INT bottom) noexcept;
 INT CombineRgn(HRGN result, HRGN first, HRGN second, INT mode) noexcept;
 INT GetRgnBox(HRGN region, RECT* box) noexcept;
 INT OffsetRgn(HRGN region, INT x, INT y) noexcept;
 BOOL PtInRegion(HRGN region, INT x, INT y) noexcept;
-BOOL RectInRegion(HRGN region, const RECT* rect) noexcept;
 BOOL EqualRgn(HRGN first, HRGN second) noexcept;
 
 struct RGNDATAHEADER {
@@ -417,7 +381,6 @@ DWORD GetRegionData(HRGN region, DWORD size, RGNDATA* data) noexcept;
 
 /// Copies region (device units) as the clip region; null removes it.
 INT SelectClipRgn(HDC dc, HRGN region) noexcept;
-INT ExtSelectClipRgn(HDC dc, HRGN region, INT mode) noexcept;
 INT IntersectClipRect(HDC dc, INT left, INT top, INT right, INT bottom) noexcept;
 INT ExcludeClipRect(HDC dc, INT left, INT top, INT right, INT bottom) noexcept;
 INT OffsetClipRgn(HDC dc, INT x, INT y) noexcept;
@@ -437,13 +400,10 @@ HPALETTE CreatePalette(const LOGPALETTE* palette) noexcept;
 HPALETTE SelectPalette(HDC dc, HPALETTE palette, BOOL background) noexcept;
 /// \return entries whose realisation changed.
 UINT RealizePalette(HDC dc) noexcept;
-BOOL UnrealizeObject(HGDIOBJ object) noexcept;
-UINT GetPaletteEntries(HPALETTE palette, UINT first, UINT count, PALETTEENTRY* entries) noexcept;
 UINT SetPaletteEntries(HPALETTE palette, UINT first, UINT count, const PALETTEENTRY* entries) noexcept;
 /// Changes entries that have PC_RESERVED set.
 BOOL AnimatePalette(HPALETTE palette, UINT first, UINT count, const PALETTEENTRY* entries) noexcept;
 BOOL ResizePalette(HPALETTE palette, UINT entries) noexcept;
-UINT GetNearestPaletteIndex(HPALETTE palette, COLORREF colour) noexcept;
 /// The colour that dc's surface would show for a solid pen of this colour.
 COLORREF GetNearestColor(HDC dc, COLORREF colour) noexcept;
 /// 0 where the surface has no palette.

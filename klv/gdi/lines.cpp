@@ -1,5 +1,4 @@
 #include "klv/gdi/gdi.h"
-#include "klv/gdi/raster/line_walker.h"
 #include "klv/gdi/state/context.h"
 
 #include <algorithm>
@@ -7,12 +6,6 @@
 namespace klv {
 
 using namespace gdi;
-
-namespace {
-
-constexpr box everything{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
-
-} // namespace
 
 BOOL MoveToEx(HDC handle, INT x, INT y, POINT* old) noexcept
 {
@@ -36,33 +29,19 @@ BOOL GetCurrentPositionEx(HDC handle, POINT* position) noexcept
 
 BOOL LineTo(HDC handle, INT x, INT y) noexcept
 {
-    const POINT end{x, y};
-    return PolylineTo(handle, &end, 1);
-}
-
-BOOL Polyline(HDC handle, const POINT* points, INT count) noexcept
-{
-    const auto n = static_cast<DWORD>(std::max(count, 0));
-    return PolyPolyline(handle, points, &n, 1);
-}
-
-BOOL PolylineTo(HDC handle, const POINT* points, INT count) noexcept
-{
     return with_context(handle, [=](drawing_context& dc) -> BOOL {
-        if (points == nullptr || count <= 0)
-            return FALSE;
-        dc.out->draw(dc.state, lines_to{{points, static_cast<std::size_t>(count)}});
-        dc.state.position = points[count - 1];
+        dc.out->draw(dc.state, line_to{{x, y}});
+        dc.state.position = {x, y};
         return TRUE;
     });
 }
 
-BOOL PolyPolyline(HDC handle, const POINT* points, const DWORD* counts, DWORD lines) noexcept
+BOOL Polyline(HDC handle, const POINT* points, INT count) noexcept
 {
     return with_context(handle, [=](drawing_context& dc) -> BOOL {
-        if (points == nullptr || counts == nullptr)
+        if (points == nullptr)
             return FALSE;
-        dc.out->draw(dc.state, polylines{points, {counts, lines}});
+        dc.out->draw(dc.state, polyline{{points, static_cast<std::size_t>(std::max(count, 0))}});
         return TRUE;
     });
 }
@@ -75,15 +54,6 @@ BOOL PolyBezier(HDC handle, const POINT* points, DWORD count) noexcept
         dc.out->draw(dc.state, beziers{{points, count}});
         return TRUE;
     });
-}
-
-BOOL LineDDA(INT x1, INT y1, INT x2, INT y2, LINEDDAPROC proc, LPARAM data) noexcept
-{
-    if (proc == nullptr)
-        return FALSE;
-    line_walker walker({x1, y1}, {x2, y2}, everything);
-    walker.pixels([&](std::int32_t x, std::int32_t y) { proc(x, y, data); });
-    return TRUE;
 }
 
 COLORREF SetPixel(HDC handle, INT x, INT y, COLORREF colour) noexcept

@@ -199,8 +199,6 @@ BOOL ScaleViewportExtEx(HDC dc, INT x_num, INT x_denom, INT y_num, INT y_denom, 
     return scale_extent(
         dc, setting::viewport_scale, &mapping::viewport_extent, x_num, x_denom, y_num, y_denom, old);
 }
-BOOL GetWindowOrgEx(HDC dc, POINT* origin) noexcept { return get(dc, &mapping::window_origin, origin); }
-BOOL GetViewportOrgEx(HDC dc, POINT* origin) noexcept { return get(dc, &mapping::viewport_origin, origin); }
 BOOL GetWindowExtEx(HDC dc, SIZE* extent) noexcept { return get(dc, &mapping::window_extent, extent); }
 BOOL GetViewportExtEx(HDC dc, SIZE* extent) noexcept { return get(dc, &mapping::viewport_extent, extent); }
 

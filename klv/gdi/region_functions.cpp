@@ -17,14 +17,28 @@ HRGN make_region(region area)
     return handle_of<HRGN>(register_object(std::make_shared<region_object>(std::move(area))));
 }
 
-HRGN make_rounded_region(INT left, INT top, INT right, INT bottom, INT width, INT height)
+/// Joins a region with another as a mode (RGN_AND to RGN_COPY) says. False for another mode.
+bool combine(region& result, const region& first, const region& second, INT mode)
 {
-    return guarded([&] {
-        region_builder rows;
-        const box area = ordered_box(left, top, right, bottom);
-        fill_rounded_box(area, width, height, area, rows);
-        return make_region(rows.take());
-    });
+    switch (mode) {
+    case RGN_AND:
+        result.intersect(first, second);
+        return true;
+    case RGN_OR:
+        result.unite(first, second);
+        return true;
+    case RGN_XOR:
+        result.exclusive_or(first, second);
+        return true;
+    case RGN_DIFF:
+        result.subtract(first, second);
+        return true;
+    case RGN_COPY:
+        result = first;
+        return true;
+    default:
+        return false;
+    }
 }
 
 constexpr box everything{-(1 << 30), -(1 << 30), 1 << 30, 1 << 30};
@@ -39,24 +53,14 @@ HRGN CreateRectRgn(INT left, INT top, INT right, INT bottom) noexcept
     });
 }
 
-HRGN CreateRectRgnIndirect(const RECT* rect) noexcept
-{
-    return rect == nullptr ? nullptr : CreateRectRgn(rect->left, rect->top, rect->right, rect->bottom);
-}
-
 HRGN CreateEllipticRgn(INT left, INT top, INT right, INT bottom) noexcept
 {
-    return make_rounded_region(left, top, right, bottom, INT32_MAX, INT32_MAX);
-}
-
-HRGN CreateEllipticRgnIndirect(const RECT* rect) noexcept
-{
-    return rect == nullptr ? nullptr : CreateEllipticRgn(rect->left, rect->top, rect->right, rect->bottom);
-}
-
-HRGN CreateRoundRectRgn(INT left, INT top, INT right, INT bottom, INT width, INT height) noexcept
-{
-    return make_rounded_region(left, top, right, bottom, width, height);
+    return guarded([&] {
+        region_builder rows;
+        const box area = ordered_box(left, top, right, bottom);
+        fill_rounded_box(area, INT32_MAX, INT32_MAX, area, rows);
+        return make_region(rows.take());
+    });
 }
 
 HRGN CreatePolygonRgn(const POINT* points, INT count, INT mode) noexcept
@@ -82,16 +86,6 @@ HRGN CreatePolyPolygonRgn(const POINT* points, const INT* counts, INT polygons, 
         converter.run(mode == WINDING ? fill_rule::non_zero : fill_rule::even_odd, rows);
         return make_region(rows.take());
     });
-}
-
-BOOL SetRectRgn(HRGN handle, INT left, INT top, INT right, INT bottom) noexcept
-{
-    auto* r = find<region_object>(handle);
-    if (r == nullptr)
-        return FALSE;
-    const box b = ordered_box(left, top, right, bottom);
-    r->area = is_empty(b) ? region() : region(b);
-    return TRUE;
 }
 
 INT CombineRgn(HRGN result, HRGN first, HRGN second, INT mode) noexcept
@@ -132,13 +126,6 @@ BOOL PtInRegion(HRGN handle, INT x, INT y) noexcept
 {
     const auto* r = find<region_object>(handle);
     return r != nullptr && r->area.contains(x, y);
-}
-
-BOOL RectInRegion(HRGN handle, const RECT* rect) noexcept
-{
-    const auto* r = find<region_object>(handle);
-    return r != nullptr && rect != nullptr
-        && r->area.touches(ordered_box(rect->left, rect->top, rect->right, rect->bottom));
 }
 
 BOOL EqualRgn(HRGN first, HRGN second) noexcept

@@ -75,21 +75,14 @@ inline constexpr std::uint32_t TRUETYPE_FONTTYPE = 4;
 /// lfHeight is a character height (without internal leading), a positive one a cell height, 0 a default.
 /// \return null when memory is out; delete it with DeleteObject.
 HFONT CreateFontIndirectA(const LOGFONTA* description) noexcept;
-HFONT CreateFontA(std::int32_t height, std::int32_t width, std::int32_t escapement, std::int32_t orientation,
-    std::int32_t weight, std::uint32_t italic, std::uint32_t underline, std::uint32_t strike_out,
-    std::uint32_t charset, std::uint32_t out_precision, std::uint32_t clip_precision, std::uint32_t quality,
-    std::uint32_t pitch_and_family, const char* face) noexcept;
 
 /// Measures of the selected font. \return 0 when dc is not a context.
 int GetTextMetricsA(HDC dc, TEXTMETRICA* metrics) noexcept;
-/// Name of the selected font's family, NUL-terminated, cut to count bytes. \return bytes written.
-int GetTextFaceA(HDC dc, int count, char* name) noexcept;
 /// Width and height of a string, character extra and justification included, escapement ignored.
 int GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* extent) noexcept;
 /// Advance widths of the characters first to last (both included).
 int GetCharWidthA(HDC dc, std::uint32_t first, std::uint32_t last, std::int32_t* widths) noexcept;
 int GetCharWidth32A(HDC dc, std::uint32_t first, std::uint32_t last, std::int32_t* widths) noexcept;
-int GetCharABCWidthsA(HDC dc, std::uint32_t first, std::uint32_t last, ABC* widths) noexcept;
 /// The font's kerning pairs between characters of its set, at most count of them; with null pairs their
 /// number. \return pairs written or present.
 std::uint32_t GetKerningPairsA(HDC dc, std::uint32_t count, KERNINGPAIR* pairs) noexcept;
@@ -99,16 +92,11 @@ using FONTENUMPROCA = int (*)(const LOGFONTA*, const TEXTMETRICA*, std::uint32_t
 /// Enumerates the installed families in alphabetical order, or the styles of one family.
 /// \return the last answer of the callback, 1 when it was never called.
 int EnumFontFamiliesA(HDC dc, const char* family, FONTENUMPROCA callback, LPARAM data) noexcept;
-/// The same for the family and character set of a description (DEFAULT_CHARSET for every set).
-int EnumFontFamiliesExA(
-    HDC dc, LOGFONTA* description, FONTENUMPROCA callback, LPARAM data, std::uint32_t flags) noexcept;
 
 /// Sets where the reference point of a string lies (TA_ values). \return the previous value.
 std::uint32_t SetTextAlign(HDC dc, std::uint32_t align) noexcept;
-std::uint32_t GetTextAlign(HDC dc) noexcept;
 /// Sets the space added after every character. \return the previous value.
 int SetTextCharacterExtra(HDC dc, int extra) noexcept;
-int GetTextCharacterExtra(HDC dc) noexcept;
 /// Spreads extra over the next count break characters (spaces) of the strings drawn; 0, 0 ends it.
 int SetTextJustification(HDC dc, int extra, int count) noexcept;
 

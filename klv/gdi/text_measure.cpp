@@ -127,22 +127,6 @@ int GetTextMetricsA(HDC dc, TEXTMETRICA* metrics) noexcept
     });
 }
 
-int GetTextFaceA(HDC dc, int count, char* name) noexcept
-{
-    return with_font(dc, [&](drawing_context&, selected_font& selected) {
-        const std::string_view family = selected.font->face()->family();
-        const int needed = static_cast<int>(family.size()) + 1;
-        if (!name)
-            return needed;
-        if (count <= 0)
-            return 0;
-        const int written = std::min(count, needed);
-        std::memcpy(name, family.data(), static_cast<std::size_t>(written - 1));
-        name[written - 1] = '\0';
-        return written;
-    });
-}
-
 int GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* extent) noexcept
 {
     return with_font(dc, [&](drawing_context& context, selected_font& selected) {
@@ -171,23 +155,6 @@ int GetCharWidth32A(HDC dc, std::uint32_t first, std::uint32_t last, std::int32_
 int GetCharWidthA(HDC dc, std::uint32_t first, std::uint32_t last, std::int32_t* widths) noexcept
 {
     return GetCharWidth32A(dc, first, last, widths);
-}
-
-int GetCharABCWidthsA(HDC dc, std::uint32_t first, std::uint32_t last, ABC* widths) noexcept
-{
-    return with_font(dc, [&](drawing_context&, selected_font& selected) {
-        if (!widths || !is_range(first, last))
-            return 0;
-        for (std::uint32_t code = first; code <= last; ++code) {
-            const text_character c = single_byte(*selected.font, code);
-            const pixel_extent ink = selected.font->ink(c);
-            const LONG before = logical(ink.left, selected.scale.x);
-            const LONG width = logical(ink.right - ink.left, selected.scale.x);
-            const LONG advance = logical(selected.font->advance(c), selected.scale.x);
-            widths[code - first] = {before, static_cast<UINT>(width), advance - before - width};
-        }
-        return 1;
-    });
 }
 
 std::uint32_t GetKerningPairsA(HDC dc, std::uint32_t count, KERNINGPAIR* pairs) noexcept
@@ -229,12 +196,6 @@ std::uint32_t SetTextAlign(HDC dc, std::uint32_t align) noexcept
     });
 }
 
-std::uint32_t GetTextAlign(HDC dc) noexcept
-{
-    const auto* context = find_context(dc);
-    return context ? context->state.text_align : no_alignment;
-}
-
 int SetTextCharacterExtra(HDC dc, int extra) noexcept
 {
     return with_context(dc, [=](drawing_context& context) {
@@ -242,12 +203,6 @@ int SetTextCharacterExtra(HDC dc, int extra) noexcept
         context.tell(setting::character_extra, extra);
         return old;
     });
-}
-
-int GetTextCharacterExtra(HDC dc) noexcept
-{
-    const auto* context = find_context(dc);
-    return context ? context->state.character_extra : 0;
 }
 
 int SetTextJustification(HDC dc, int extra, int count) noexcept

@@ -1,9 +1,12 @@
-#include "klv/gdi/state/objects.h"
+#include "klv/gdi/state/context.h"
 
 #include "tests/gdi/raster_canvas.h"
 
-#include <array>
 #include <cstring>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,43 +14,88 @@
 namespace klv {
 namespace {
 
+using gdi::box;
+
+HPALETTE palette_of(const std::vector<PALETTEENTRY>& entries)
+{
+    std::vector<std::uint32_t> memory(entries.size() + 1);
+    auto* log = reinterpret_cast<LOGPALETTE*>(memory.data());
+    log->palVersion = LOGPALETTE_VERSION;
+    log->palNumEntries = static_cast<WORD>(entries.size());
+    std::memcpy(log->palPalEntry, entries.data(), entries.size() * sizeof(PALETTEENTRY));
+    return CreatePalette(log);
+}
+
+/// Everything that SaveDC keeps, so that states can be compared.
+auto everything_of(const gdi::drawing_state& s)
+{
+    const box clip = s.clip.extents();
+    return std::tuple(s.pen, s.brush, s.font, s.bitmap, s.palette, s.map.mode, s.map.window_origin,
+        s.map.window_extent, s.map.viewport_origin, s.map.viewport_extent, s.position, s.text_colour,
+        s.background_colour, s.background_mode, s.rop2, s.fill_mode, s.stretch_mode, s.text_align,
+        s.character_extra, s.justify_extra, s.justify_count, s.clipped, clip.x1, clip.y1, clip.x2, clip.y2);
+}
+
 TEST(Contexts, SaveAndRestoreEveryAttribute)
 {
     raster_canvas canvas(4, 4);
+    const auto state = [&] { return everything_of(gdi::find_context(canvas)->state); };
     const HPEN pen = CreatePen(PS_SOLID, 3, red);
-    EXPECT_EQ(SaveDC(canvas), 1);
-    SelectObject(canvas, pen);
-    SetTextColor(canvas, green);
-    SetBkColor(canvas, blue);
-    SetBkMode(canvas, TRANSPARENT);
-    SetROP2(canvas, R2_XORPEN);
-    SetPolyFillMode(canvas, WINDING);
-    SetStretchBltMode(canvas, HALFTONE);
-    SetMapMode(canvas, MM_TWIPS);
-    MoveToEx(canvas, 9, 9, nullptr);
-    SetBrushOrgEx(canvas, 1, 2, nullptr);
-    EXPECT_EQ(SaveDC(canvas), 2);
-    EXPECT_EQ(SaveDC(canvas), 3);
-    EXPECT_FALSE(RestoreDC(canvas, 4));
+    const HBITMAP bitmap = CreateBitmap(2, 2, 1, 32, nullptr);
+    const HFONT font = CreateFontIndirectA(std::make_unique<LOGFONTA>().get());
+    const PALETTEENTRY entry{1, 2, 3, 0};
+    const HPALETTE palette = palette_of({entry});
+    const std::function<void()> changes[] = {
+        [&] { SelectObject(canvas, pen); },
+        [&] { SelectObject(canvas, GetStockObject(BLACK_BRUSH)); },
+        [&] { SelectObject(canvas, font); },
+        [&] { SelectObject(canvas, bitmap); },
+        [&] { SelectPalette(canvas, palette, FALSE); },
+        [&] { SetMapMode(canvas, MM_TWIPS); },
+        [&] { SetMapMode(canvas, MM_ANISOTROPIC); },
+        [&] { SetWindowOrgEx(canvas, 5, 6, nullptr); },
+        [&] { SetWindowExtEx(canvas, 5, 6, nullptr); },
+        [&] { OffsetViewportOrgEx(canvas, 5, 6, nullptr); },
+        [&] { ScaleViewportExtEx(canvas, 3, 1, 5, 1, nullptr); },
+        [&] { MoveToEx(canvas, 9, 9, nullptr); },
+        [&] { SetTextColor(canvas, green); },
+        [&] { SetBkColor(canvas, blue); },
+        [&] { SetBkMode(canvas, TRANSPARENT); },
+        [&] { SetROP2(canvas, R2_XORPEN); },
+        [&] { SetPolyFillMode(canvas, WINDING); },
+        [&] { SetStretchBltMode(canvas, HALFTONE); },
+        [&] { SetTextAlign(canvas, TA_RIGHT); },
+        [&] { SetTextCharacterExtra(canvas, 3); },
+        [&] { SetTextJustification(canvas, 4, 2); },
+        [&] { IntersectClipRect(canvas, 1, 1, 3, 3); },
+        [&] { OffsetClipRgn(canvas, 2, 0); },
+    };
+    const auto first = state();
+    auto last = first;
+    INT level = 0;
+    for (const auto& change : changes) {
+        EXPECT_EQ(SaveDC(canvas), ++level);
+        change();
+        EXPECT_NE(state(), last) << level;
+        // Back and forth: every single change is taken back.
+        EXPECT_TRUE(RestoreDC(canvas, -1)) << level;
+        EXPECT_EQ(state(), last) << level;
+        EXPECT_EQ(SaveDC(canvas), level);
+        change();
+        last = state();
+    }
+    EXPECT_FALSE(RestoreDC(canvas, level + 1));
     EXPECT_FALSE(RestoreDC(canvas, 0));
-    EXPECT_FALSE(RestoreDC(canvas, -4));
-    EXPECT_TRUE(RestoreDC(canvas, 2));
-    EXPECT_EQ(GetROP2(canvas), R2_XORPEN);
-    EXPECT_TRUE(RestoreDC(canvas, -1));
-    EXPECT_EQ(GetCurrentObject(canvas, OBJ_PEN), GetStockObject(BLACK_PEN));
-    EXPECT_EQ(GetTextColor(canvas), black);
-    EXPECT_EQ(GetBkColor(canvas), white);
-    EXPECT_EQ(GetBkMode(canvas), OPAQUE);
-    EXPECT_EQ(GetROP2(canvas), R2_COPYPEN);
-    EXPECT_EQ(GetPolyFillMode(canvas), ALTERNATE);
-    EXPECT_EQ(GetStretchBltMode(canvas), BLACKONWHITE);
-    EXPECT_EQ(GetMapMode(canvas), MM_TEXT);
-    POINT at{};
-    GetCurrentPositionEx(canvas, &at);
-    EXPECT_EQ(at, (POINT{0, 0}));
-    GetBrushOrgEx(canvas, &at);
-    EXPECT_EQ(at, (POINT{0, 0}));
-    DeleteObject(pen);
+    EXPECT_FALSE(RestoreDC(canvas, -level - 1));
+    EXPECT_TRUE(RestoreDC(canvas, 1));
+    EXPECT_EQ(state(), first);
+    EXPECT_FALSE(RestoreDC(canvas, -1));
+    // The bitmap is free for another context again.
+    const HDC other = CreateCompatibleDC(nullptr);
+    EXPECT_NE(SelectObject(other, bitmap), nullptr);
+    DeleteDC(other);
+    for (const HGDIOBJ object : std::initializer_list<HGDIOBJ>{pen, bitmap, font, palette})
+        DeleteObject(object);
 }
 
 TEST(Contexts, AnswerTheirCapabilities)
@@ -194,31 +242,19 @@ TEST(Objects, ImpossibleBitmapsAreRefused)
 
 // ---- Palettes and colours ------------------------------------------------------------------------------
 
-HPALETTE palette_of(const std::vector<PALETTEENTRY>& entries)
-{
-    std::vector<std::uint32_t> memory(entries.size() + 1);
-    auto* log = reinterpret_cast<LOGPALETTE*>(memory.data());
-    log->palVersion = LOGPALETTE_VERSION;
-    log->palNumEntries = static_cast<WORD>(entries.size());
-    std::memcpy(log->palPalEntry, entries.data(), entries.size() * sizeof(PALETTEENTRY));
-    return CreatePalette(log);
-}
-
-TEST(Palettes, AnswerNearestEntriesAndChange)
+TEST(Palettes, ChangeWhatIndicesMean)
 {
     const HPALETTE palette = palette_of({{0, 0, 0, 0}, {250, 10, 10, PC_RESERVED}, {10, 10, 250, 0}});
-    EXPECT_EQ(GetNearestPaletteIndex(palette, red), 1U);
-    EXPECT_EQ(GetNearestPaletteIndex(palette, RGB(20, 20, 20)), 0U);
+    const auto& entries = gdi::find<gdi::palette_object>(palette)->entries;
     const PALETTEENTRY greens[] = {{0, 200, 0, PC_RESERVED}, {0, 255, 0, 0}};
     EXPECT_TRUE(AnimatePalette(palette, 1, 2, greens));
-    EXPECT_EQ(GetNearestPaletteIndex(palette, green), 1U);
-    EXPECT_EQ(GetNearestPaletteIndex(palette, blue), 2U); // not reserved: stayed
+    EXPECT_EQ(entries[1], greens[0]);
+    EXPECT_EQ(entries[2], (PALETTEENTRY{10, 10, 250, 0})); // not reserved: stayed
     EXPECT_EQ(SetPaletteEntries(palette, 2, 9, greens), 1U);
     EXPECT_TRUE(ResizePalette(palette, 4));
-    std::array<PALETTEENTRY, 4> read{};
-    EXPECT_EQ(GetPaletteEntries(palette, 0, 9, read.data()), 4U);
-    EXPECT_EQ(read[2], greens[0]);
-    EXPECT_EQ(read[3], (PALETTEENTRY{0, 0, 0, 0}));
+    ASSERT_EQ(entries.size(), 4U);
+    EXPECT_EQ(entries[2], greens[0]);
+    EXPECT_EQ(entries[3], (PALETTEENTRY{0, 0, 0, 0}));
     EXPECT_FALSE(AnimatePalette(static_cast<HPALETTE>(GetStockObject(DEFAULT_PALETTE)), 0, 1, greens));
 
     // Colours can be given by index.

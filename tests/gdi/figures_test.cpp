@@ -125,15 +125,14 @@ TEST(Figures, OutlinesOfRoundFigures)
 ..#####....###########..)");
 }
 
-TEST(Figures, ArcsRunCounterClockwiseUnlessTold)
+TEST(Figures, ArcsRunCounterClockwise)
 {
     raster_canvas canvas(24, 10);
     const auto brush = use_brush(canvas, red);
     SelectObject(canvas, GetStockObject(NULL_PEN));
-    // From the right to the top: the upper right quarter, or the other three.
+    // From the right to the top: the upper right quarter. The other way round: the other three.
     Pie(canvas, 0, 0, 10, 10, 20, 5, 5, -20);
-    SetArcDirection(canvas, AD_CLOCKWISE);
-    Pie(canvas, 12, 0, 22, 10, 32, 5, 17, -20);
+    Pie(canvas, 12, 0, 22, 10, 17, -20, 32, 5);
     EXPECT_EQ(GetPixel(canvas, 6, 3), red);
     EXPECT_EQ(GetPixel(canvas, 3, 6), white);
     EXPECT_EQ(GetPixel(canvas, 6, 6), white);

@@ -66,21 +66,6 @@ TEST(Lines, ClippedLinesAreTheSameLines)
     }
 }
 
-TEST(Lines, LineDdaVisitsEveryPixelButTheLast)
-{
-    std::vector<POINT> visited;
-    const auto collect = [](INT x, INT y, LPARAM data) {
-        reinterpret_cast<std::vector<POINT>*>(data)->push_back({x, y});
-    };
-    LineDDA(0, 0, -6, 3, collect, reinterpret_cast<LPARAM>(&visited));
-    ASSERT_EQ(visited.size(), 6U);
-    EXPECT_EQ(visited.front(), (POINT{0, 0}));
-    for (std::size_t i = 0; i < visited.size(); ++i) {
-        EXPECT_EQ(visited[i].x, -static_cast<INT>(i));
-        EXPECT_LE(std::abs(2 * visited[i].y - static_cast<INT>(i)), 1);
-    }
-}
-
 TEST(Lines, DashesGoOnRoundCornersAndGapsTakeTheBackground)
 {
     raster_canvas canvas(9, 7);

@@ -105,8 +105,6 @@ void magnify(op_tile& tile, std::int32_t factor, std::vector<pixel_op>& small)
 bool make_brush_tile(const canvas& on, const brush_ink& brush, INT rop2, op_tile& tile)
 {
     const surface& s = on.pixels;
-    tile.origin_x = brush.origin.x;
-    tile.origin_y = brush.origin.y;
     switch (brush.what) {
     case brush_ink::kind::none:
         return false;

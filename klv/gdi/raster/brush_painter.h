@@ -20,7 +20,6 @@ struct brush_ink {
     palette_view palette;
     rgb zero = 0; ///< what bits 0 and 1 of a monochrome tile show
     rgb one = 0xFFFFFF;
-    POINT origin{0, 0};
 
     static brush_ink solid(rgb colour)
     {

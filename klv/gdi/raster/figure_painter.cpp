@@ -50,26 +50,18 @@ std::span<const POINT> figure_painter::to_device(std::span<const POINT> points)
 
 // ---- Lines ---------------------------------------------------------------------------------------------
 
-void figure_painter::operator()(const lines_to& what)
+void figure_painter::operator()(const line_to& what)
 {
-    auto& device = scratch_.points;
-    device.clear();
-    device.push_back(state_.map.to_device(state_.position));
-    for (const POINT& p : what.points)
-        device.push_back(state_.map.to_device(p));
+    const POINT ends[] = {state_.map.to_device(state_.position), state_.map.to_device(what.end)};
     stroker line = pen();
-    line.lines(device, false);
+    line.lines(std::span<const POINT>(ends), false);
     line.finish();
 }
 
-void figure_painter::operator()(const polylines& what)
+void figure_painter::operator()(const polyline& what)
 {
     stroker line = pen();
-    const POINT* points = what.points;
-    for (const DWORD count : what.counts) {
-        line.lines(to_device({points, count}), false);
-        points += count;
-    }
+    line.lines(to_device(what.points), false);
     line.finish();
 }
 

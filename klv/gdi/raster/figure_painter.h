@@ -18,8 +18,8 @@ public:
     {
     }
 
-    void operator()(const lines_to& what);
-    void operator()(const polylines& what);
+    void operator()(const line_to& what);
+    void operator()(const polyline& what);
     void operator()(const beziers& what);
     void operator()(const polygons& what);
     void operator()(const rectangle& what);

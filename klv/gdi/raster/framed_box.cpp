@@ -35,11 +35,8 @@ arc_sweep::arc_sweep(const drawing_state& state, const elliptic_arc& arc, const 
     start = angle_to(arc.start);
     sweep = angle_to(arc.end) - start;
     // Angles grow downwards, so counter-clockwise as seen is towards smaller ones.
-    const bool counter_clockwise = state.arc_direction == AD_COUNTERCLOCKWISE;
-    if (counter_clockwise && sweep >= 0)
+    if (sweep >= 0)
         sweep -= full_turn;
-    else if (!counter_clockwise && sweep <= 0)
-        sweep += full_turn;
 }
 
 } // namespace klv::gdi

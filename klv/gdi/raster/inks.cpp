@@ -19,7 +19,6 @@ std::optional<rgb> gaps_of(const drawing_state& state)
 brush_ink brush_of(const drawing_state& state, const brush_object& brush)
 {
     brush_ink ink;
-    ink.origin = state.brush_origin;
     if (brush.log.lbStyle == BS_SOLID) {
         ink.what = brush_ink::kind::solid;
         ink.colour = resolve_colour(state, brush.log.lbColor);

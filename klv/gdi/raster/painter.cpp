@@ -213,10 +213,10 @@ template <unsigned Bits> void tile_packed(const surface& s, const op_tile& tile,
     }
 }
 
-std::int32_t wrapped(std::int64_t value, std::int32_t size)
+std::int32_t wrapped(std::int32_t value, std::int32_t size)
 {
-    const std::int64_t rest = value % size;
-    return static_cast<std::int32_t>(rest < 0 ? rest + size : rest);
+    const std::int32_t rest = value % size;
+    return rest < 0 ? rest + size : rest;
 }
 
 } // namespace
@@ -265,10 +265,10 @@ solid_painter::paint_function solid_painter::choose(const surface& s, pixel_op o
 
 const pixel_op* op_tile::row(std::int32_t y) const
 {
-    return ops.data() + std::ptrdiff_t{wrapped(std::int64_t{y} - origin_y, height)} * width;
+    return ops.data() + std::ptrdiff_t{wrapped(y, height)} * width;
 }
 
-std::int32_t op_tile::column(std::int32_t x) const { return wrapped(std::int64_t{x} - origin_x, width); }
+std::int32_t op_tile::column(std::int32_t x) const { return wrapped(x, width); }
 
 tile_painter::tile_painter(const surface& s, const op_tile& tile, paint_meter* meter)
     : surface_(s)

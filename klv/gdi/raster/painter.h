@@ -41,12 +41,10 @@ private:
     paint_meter* meter_;
 };
 
-/// A small picture of operations that repeats over the surface.
+/// A small picture of operations that repeats over the surface, from its upper left corner on.
 struct op_tile {
     std::int32_t width = 0;
     std::int32_t height = 0;
-    std::int32_t origin_x = 0;
-    std::int32_t origin_y = 0;
     std::vector<pixel_op> ops; ///< row by row
 
     [[nodiscard]] const pixel_op* row(std::int32_t y) const;

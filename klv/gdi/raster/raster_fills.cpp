@@ -34,25 +34,6 @@ void paint_region(const canvas& on, const region& area, const brush_ink& brush, 
     draw_region(visible, painter.sink());
 }
 
-void paint_box(const canvas& on, const box& area, const brush_ink& brush, INT rop2)
-{
-    if (is_empty(area))
-        return;
-    brush_painter painter(on, brush, rop2);
-    if (painter.visible())
-        clipped_output(on.clip, painter.sink()).fill(area);
-}
-
-/// The border of a box, one pixel wide.
-region frame_of(const box& b)
-{
-    region frame{b};
-    const box inner{b.x1 + 1, b.y1 + 1, b.x2 - 1, b.y2 - 1};
-    if (!is_empty(inner))
-        frame.subtract(frame, region(inner));
-    return frame;
-}
-
 constexpr LONG widest_frame = 1 << 16;
 
 /// Takes pixels away that have one outside of the region within steps, along one axis.
@@ -99,17 +80,10 @@ void raster_sink::fill(const drawing_state& state, const region_frame& what)
 void raster_sink::fill(const drawing_state& state, const box_fill& what)
 {
     const RECT r = state.map.to_device(what.box);
-    const box area = ordered_box(r.left, r.top, r.right, r.bottom);
-    switch (what.by) {
-    case box_fill::how::fill:
-        return paint_box(open(state), area, brush_of(state, what.brush), R2_COPYPEN);
-    case box_fill::how::frame:
-        if (!is_empty(area))
-            paint_region(open(state), frame_of(area), brush_of(state, what.brush), R2_COPYPEN);
-        return;
-    case box_fill::how::invert:
-        return paint_box(open(state), area, brush_ink::solid(0), R2_NOT);
-    }
+    const canvas on = open(state);
+    brush_painter painter(on, brush_of(state, what.brush), R2_COPYPEN);
+    if (painter.visible())
+        clipped_output(on.clip, painter.sink()).fill(ordered_box(r.left, r.top, r.right, r.bottom));
 }
 
 } // namespace klv::gdi

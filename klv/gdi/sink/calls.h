@@ -20,8 +20,6 @@ enum class setting : std::uint8_t {
     mix_mode, ///< R2_
     fill_mode, ///< mode
     stretch_mode, ///< mode
-    arc_direction, ///< direction
-    brush_origin, ///< x, y; device units
     text_align, ///< TA_
     character_extra, ///< width
     justification, ///< extra, count
@@ -50,10 +48,9 @@ struct clip_offset {
     INT x;
     INT y;
 };
-/// SelectClipRgn and ExtSelectClipRgn; no region is no clipping.
+/// SelectClipRgn; no region is no clipping.
 struct clip_to_region {
     const region_object* area; ///< device units
-    INT mode; ///< RGN_
 };
 using clip_change = std::variant<clip_to_box, clip_out_box, clip_offset, clip_to_region>;
 
@@ -74,13 +71,10 @@ struct region_frame {
     INT height;
 };
 
-/// FillRect, FrameRect (one device pixel wide) and InvertRect.
+/// FillRect.
 struct box_fill {
-    enum class how : std::uint8_t { fill, frame, invert };
-
-    how by;
     RECT box;
-    const brush_object& brush; ///< may have no handle; any for invert
+    const brush_object& brush; ///< may have no handle
 };
 
 class text_line;

@@ -10,15 +10,13 @@
 /// call only.
 namespace klv::gdi {
 
-/// LineTo and PolylineTo: on from the current position, which moves to the last point after the call.
-struct lines_to {
-    std::span<const POINT> points; ///< at least one
+/// LineTo: on from the current position, which moves to the end after the call.
+struct line_to {
+    POINT end;
 };
 
-/// Polyline and PolyPolyline: the points of each line, one line after the other.
-struct polylines {
-    const POINT* points;
-    std::span<const DWORD> counts;
+struct polyline {
+    std::span<const POINT> points;
 };
 
 /// PolyBezier: 3 n + 1 points.
@@ -53,7 +51,7 @@ struct ellipse_ring {
     RECT inner;
 };
 
-/// Arc, Chord and Pie: from the ray through start to the ray through end, in the state's arc direction.
+/// Arc, Chord and Pie: from the ray through start to the ray through end, counter-clockwise as seen.
 struct elliptic_arc {
     enum class closure : std::uint8_t { open, chord, pie };
 
@@ -63,7 +61,7 @@ struct elliptic_arc {
     POINT end;
 };
 
-using figure = std::variant<lines_to, polylines, beziers, polygons, rectangle, rounded_rectangle, ellipse_in,
+using figure = std::variant<line_to, polyline, beziers, polygons, rectangle, rounded_rectangle, ellipse_in,
     ellipse_ring, elliptic_arc>;
 
 } // namespace klv::gdi

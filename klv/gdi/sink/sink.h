@@ -23,7 +23,7 @@ namespace klv::gdi {
 ///   clip are in device units, as are state.clip and visible().
 /// - The state comes with every call. A call that changes it is heard after the change, with its own
 ///   arguments, so that a sink may either record the call or look at the state when something is drawn and
-///   leave these calls out; they do nothing here. Drawing calls that move the current position (lines_to,
+///   leave these calls out; they do nothing here. Drawing calls that move the current position (line_to,
 ///   text with TA_UPDATECP) are heard before it moves.
 /// - Objects are heard when they are selected. They live as long as the state, or whoever else keeps a share
 ///   of them; a deleted one has a token that find_object no longer knows.

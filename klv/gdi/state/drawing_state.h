@@ -24,7 +24,6 @@ struct drawing_state {
 
     mapping map;
     POINT position{0, 0}; ///< logical
-    POINT brush_origin{0, 0}; ///< device units
 
     COLORREF text_colour = RGB(0, 0, 0);
     COLORREF background_colour = RGB(255, 255, 255);
@@ -32,7 +31,6 @@ struct drawing_state {
     INT rop2 = R2_COPYPEN;
     INT fill_mode = ALTERNATE;
     INT stretch_mode = BLACKONWHITE;
-    INT arc_direction = AD_COUNTERCLOCKWISE;
 
     std::uint32_t text_align = TA_LEFT | TA_TOP | TA_NOUPDATECP;
     INT character_extra = 0;

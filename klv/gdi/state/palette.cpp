@@ -134,20 +134,6 @@ UINT RealizePalette(HDC handle) noexcept
     return with_context(handle, [](drawing_context& dc) { return dc.out->realise_palette(dc.state); });
 }
 
-BOOL UnrealizeObject(HGDIOBJ object) noexcept { return find_object(token_of(object)) != nullptr; }
-
-UINT GetPaletteEntries(HPALETTE handle, UINT first, UINT count, PALETTEENTRY* entries) noexcept
-{
-    const auto* palette = find<palette_object>(handle);
-    if (palette == nullptr)
-        return 0;
-    if (entries == nullptr)
-        return static_cast<UINT>(palette->entries.size());
-    const std::size_t n = entries_from(*palette, first, count);
-    std::copy_n(palette->entries.begin() + first * (n != 0), n, entries);
-    return static_cast<UINT>(n);
-}
-
 UINT SetPaletteEntries(HPALETTE handle, UINT first, UINT count, const PALETTEENTRY* entries) noexcept
 {
     auto* palette = find<palette_object>(handle);
@@ -180,14 +166,6 @@ BOOL ResizePalette(HPALETTE handle, UINT count) noexcept
         palette->entries.resize(count, PALETTEENTRY{});
         return TRUE;
     });
-}
-
-UINT GetNearestPaletteIndex(HPALETTE handle, COLORREF colour) noexcept
-{
-    const auto* palette = find<palette_object>(handle);
-    if (palette == nullptr)
-        return CLR_INVALID;
-    return static_cast<UINT>(nearest_entry(*palette, gdi::to_rgb(colour)));
 }
 
 COLORREF GetNearestColor(HDC handle, COLORREF colour) noexcept

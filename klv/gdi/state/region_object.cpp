@@ -13,29 +13,6 @@ INT complexity(const region& r)
     return r.is_rectangle() ? SIMPLEREGION : COMPLEXREGION;
 }
 
-bool combine(region& result, const region& first, const region& second, INT mode)
-{
-    switch (mode) {
-    case RGN_AND:
-        result.intersect(first, second);
-        return true;
-    case RGN_OR:
-        result.unite(first, second);
-        return true;
-    case RGN_XOR:
-        result.exclusive_or(first, second);
-        return true;
-    case RGN_DIFF:
-        result.subtract(first, second);
-        return true;
-    case RGN_COPY:
-        result = first;
-        return true;
-    default:
-        return false;
-    }
-}
-
 void region_builder::draw(std::span<const span> spans)
 {
     for (const span& s : spans) {

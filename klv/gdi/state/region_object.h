@@ -21,8 +21,6 @@ struct region_object : gdi_object {
 
 /// NULLREGION, SIMPLEREGION or COMPLEXREGION.
 [[nodiscard]] INT complexity(const region& r);
-/// Joins a region with another as a mode (RGN_AND to RGN_COPY) says. False for another mode.
-bool combine(region& result, const region& first, const region& second, INT mode);
 
 /// Gathers spans that come row by row, from left to right, into a region. Equal rows become one band.
 class region_builder final : public span_sink {

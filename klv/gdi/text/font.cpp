@@ -242,18 +242,4 @@ HFONT CreateFontIndirectA(const LOGFONTA* description) noexcept
     return gdi::guarded([&] { return gdi::make_object<HFONT, gdi::font_object>(logical); });
 }
 
-HFONT CreateFontA(std::int32_t height, std::int32_t width, std::int32_t escapement, std::int32_t orientation,
-    std::int32_t weight, std::uint32_t italic, std::uint32_t underline, std::uint32_t strike_out,
-    std::uint32_t charset, std::uint32_t out_precision, std::uint32_t clip_precision, std::uint32_t quality,
-    std::uint32_t pitch_and_family, const char* face) noexcept
-{
-    const auto byte = [](std::uint32_t value) { return static_cast<std::uint8_t>(value & 0xFF); };
-    LOGFONTA logical{height, width, escapement, orientation, weight, byte(italic), byte(underline),
-        byte(strike_out), byte(charset), byte(out_precision), byte(clip_precision), byte(quality),
-        byte(pitch_and_family), {}};
-    if (face)
-        std::strncpy(logical.lfFaceName, face, LF_FACESIZE - 1);
-    return CreateFontIndirectA(&logical);
-}
-
 } // namespace klv

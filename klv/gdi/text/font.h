@@ -63,12 +63,6 @@ struct font_measures {
     std::int32_t strikeout_offset = 0; ///< the same for the strike-out line; negative is up
 };
 
-/// Where the ink of an unturned glyph begins and ends, in pixels from the pen.
-struct pixel_extent {
-    std::int32_t left = 0;
-    std::int32_t right = 0;
-};
-
 /// A mask to paint; its place is relative to the pen.
 struct pen_mask {
     const std::uint8_t* bits = nullptr;
@@ -105,7 +99,6 @@ public:
     /// The first character of a text that is not empty.
     [[nodiscard]] text_character next(std::string_view text) const;
     [[nodiscard]] std::int32_t advance(const text_character& c) { return find(c).advance; }
-    [[nodiscard]] pixel_extent ink(const text_character& c);
 
     /// The character's mask. Of a glyph too large to be kept only what lies within visible (pixels relative
     /// to the pen) is rendered. The mask is valid until the next call.

@@ -91,19 +91,6 @@ FT_Outline* realised_font::shaped_outline(const glyph& g) const
     return outline;
 }
 
-pixel_extent realised_font::ink(const text_character& c)
-{
-    const glyph& g = find(c);
-    FT_Outline* outline = g.face ? g.face->outline(g.index) : nullptr;
-    if (!outline || outline->n_points == 0)
-        return {};
-    FT_BBox box{};
-    FT_Outline_Get_CBox(outline, &box);
-    const double scale = em_ * stretch_ / g.face->units_per_em();
-    return {static_cast<std::int32_t>(std::floor(static_cast<double>(box.xMin) * scale)),
-        static_cast<std::int32_t>(std::ceil(static_cast<double>(box.xMax) * scale))};
-}
-
 void realised_font::keep(glyph& g, const pen_mask& mask)
 {
     if (store_.size() > largest_store) {
