@@ -177,5 +177,51 @@ TEST(Device, CopyHasItsOwnClipAndLeavesTheContextAlone)
     EXPECT_EQ(device.ClipArea(), vRECT(0, 0, 5, 5));
 }
 
+TEST(Device, CopyKeepsEveryAttributeAndTheStacks)
+{
+    surface paper(8, 8);
+    vDEVICE device(paper.dc());
+    const vFONTSPEC font(vSTRING("Arial"), vFONT_ITALIC, 31, vREAL(), 0, vFONT_CHARACTER_HEIGHT, vANGLE());
+    device.LogUnitsPerHorzInch(300);
+    device.LogUnitsPerVertInch(200);
+    device.Origin(vPOINT(5, -7));
+    device.maxXTransformDPI(77);
+    device.maxYTransformDPI(66);
+    device.SetGradQuality(vGRAD_LOW);
+    device.SetFontRatio(vREAL(short{3}));
+    device.LineSpec(line(8));
+    device.FillSpec(fill(vFILL_RADIAL, vCOLOUR(9, 8, 7), vCOLOUR(1, 2, 3)));
+    device.FontSpec(font);
+    device.PushState();
+    device.DisplayMode(vDISPLAY_GREYSCALE, vCOLOUR(), 1, 1);
+    device.LineSpec(line(3, vCORNER_MITRE, vCOLOUR(255, 0, 0)));
+    device.FillSpec(fill(vFILL_SOLID, vCOLOUR(0, 255, 0)));
+    device.PopFontSpec();
+
+    vDEVICE copy(device);
+    EXPECT_EQ(copy.LogUnitsPerHorzInch(), 300);
+    EXPECT_EQ(copy.LogUnitsPerVertInch(), 200);
+    EXPECT_EQ(copy.DevUnitsPerVertInch(), device.DevUnitsPerVertInch());
+    EXPECT_EQ(copy.Origin(), vPOINT(5, -7));
+    EXPECT_EQ(copy.maxXTransformDPI(), 77);
+    EXPECT_EQ(copy.maxYTransformDPI(), 66);
+    EXPECT_EQ(copy.GetGradQuality(), vGRAD_LOW);
+    EXPECT_EQ(copy.GetFontRatio(), vREAL(short{3}));
+    EXPECT_EQ(copy.GetNoColours(), device.GetNoColours());
+    EXPECT_EQ(copy.LineSpec(), device.LineSpec());
+    EXPECT_TRUE(copy.FillSpec() == device.FillSpec());
+    EXPECT_EQ(copy.FontSpec(), font);
+
+    // The mode goes on converting, and the stacks are the copy's own.
+    device.PopLineSpec();
+    device.PopFillSpec();
+    copy.PopLineSpec();
+    copy.PopFillSpec();
+    EXPECT_EQ(copy.LineSpec().Width(), 8);
+    EXPECT_TRUE(copy.FillSpec() == device.FillSpec());
+    const vCOLOUR grey = copy.FillSpec().ColourFrom();
+    EXPECT_EQ(GetRValue(grey.PackedRGB()), GetGValue(grey.PackedRGB()));
+}
+
 } // namespace
 } // namespace klv::test
