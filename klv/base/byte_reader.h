@@ -1,5 +1,7 @@
 #pragma once
 
+#include "klv/base/byte_order.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -67,21 +69,15 @@ public:
     byte_reader sub(std::size_t count) { return byte_reader(bytes(count)); }
 
 private:
-    template <int N> std::uint32_t little()
+    template <std::size_t Width> std::uint32_t little()
     {
-        const auto b = bytes(N);
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < b.size(); ++i)
-            value |= std::uint32_t{b[i]} << (8 * i);
-        return value;
+        const auto b = bytes(Width);
+        return b.empty() ? 0 : load_le<Width>(b.data());
     }
-    template <int N> std::uint32_t big()
+    template <std::size_t Width> std::uint32_t big()
     {
-        const auto b = bytes(N);
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < b.size(); ++i)
-            value = value << 8 | b[i];
-        return value;
+        const auto b = bytes(Width);
+        return b.empty() ? 0 : load_be<Width>(b.data());
     }
 
     std::span<const std::uint8_t> bytes_;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "klv/base/byte_order.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory_resource>
@@ -28,12 +30,12 @@ public:
 
     void u8(std::uint8_t value) { bytes_.push_back(value); }
     void i8(std::int8_t value) { u8(static_cast<std::uint8_t>(value)); }
-    void u16le(std::uint16_t value) { little<2>(value, grow(2)); }
-    void u32le(std::uint32_t value) { little<4>(value, grow(4)); }
+    void u16le(std::uint16_t value) { store_le<2>(grow(2), value); }
+    void u32le(std::uint32_t value) { store_le<4>(grow(4), value); }
     void i16le(std::int16_t value) { u16le(static_cast<std::uint16_t>(value)); }
     void i32le(std::int32_t value) { u32le(static_cast<std::uint32_t>(value)); }
-    void u16be(std::uint16_t value) { big<2>(value, grow(2)); }
-    void u32be(std::uint32_t value) { big<4>(value, grow(4)); }
+    void u16be(std::uint16_t value) { store_be<2>(grow(2), value); }
+    void u32be(std::uint32_t value) { store_be<4>(grow(4), value); }
     void i16be(std::int16_t value) { u16be(static_cast<std::uint16_t>(value)); }
     void i32be(std::int32_t value) { u32be(static_cast<std::uint32_t>(value)); }
 
@@ -47,28 +49,11 @@ public:
     /// Fills with zeros up to the next multiple of step.
     void align(std::size_t step) { fill((step - size() % step) % step); }
 
-    /// Replaces bytes written before; at + width must not exceed size().
-    void patch_u8(std::size_t at, std::uint8_t value) { bytes_[at] = value; }
-    void patch_u16le(std::size_t at, std::uint16_t value) { little<2>(value, &bytes_[at]); }
-    void patch_u32le(std::size_t at, std::uint32_t value) { little<4>(value, &bytes_[at]); }
-    void patch_u16be(std::size_t at, std::uint16_t value) { big<2>(value, &bytes_[at]); }
-    void patch_u32be(std::size_t at, std::uint32_t value) { big<4>(value, &bytes_[at]); }
-
 private:
     std::uint8_t* grow(std::size_t count)
     {
         bytes_.resize(bytes_.size() + count);
         return bytes_.data() + (bytes_.size() - count);
-    }
-    template <int N> static void little(std::uint32_t value, std::uint8_t* at)
-    {
-        for (int i = 0; i < N; ++i)
-            at[i] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFFU);
-    }
-    template <int N> static void big(std::uint32_t value, std::uint8_t* at)
-    {
-        for (int i = 0; i < N; ++i)
-            at[i] = static_cast<std::uint8_t>(value >> (8 * (N - 1 - i)) & 0xFFU);
     }
 
     std::pmr::vector<std::uint8_t> bytes_;

@@ -3,7 +3,8 @@
 #include <cstdint>
 
 /// Arithmetic on coordinates that come from files: 32-bit results that wrap modulo 2^32 instead of
-/// overflowing, and conversions of any double to an integer.
+/// overflowing, and conversions of any double to such a number. Those that stop at the ends of the range
+/// instead are in saturating.h.
 namespace klv {
 
 [[nodiscard]] constexpr std::int32_t wrap_add(std::int32_t a, std::int32_t b) noexcept
@@ -45,24 +46,6 @@ namespace klv {
     if (!(value > -limit && value < limit))
         return 0;
     return wrap_narrow(static_cast<std::int64_t>(value));
-}
-
-/// Truncates toward zero and limits to the range of 32 bits; NaN gives 0.
-[[nodiscard]] constexpr std::int32_t truncate_saturated(double value) noexcept
-{
-    if (value != value)
-        return 0;
-    if (value <= -2147483648.0)
-        return INT32_MIN;
-    if (value >= 2147483647.0)
-        return INT32_MAX;
-    return static_cast<std::int32_t>(value);
-}
-
-/// Rounds half away from zero and limits to the range of 32 bits; NaN gives 0.
-[[nodiscard]] constexpr std::int32_t round_saturated(double value) noexcept
-{
-    return truncate_saturated(value > 0 ? value + 0.5 : value - 0.5);
 }
 
 /// Rounds half away from zero and keeps the low 32 bits, as truncate_wrapped does.

@@ -4,16 +4,11 @@
 #include "klv/bitmaps/colour_model.h"
 #include "klv/bitmaps/palette.h"
 #include "klv/core/object.h"
+#include "klv/formats/dib_header.h"
 
 #include <cstdint>
 
 namespace klv {
-
-/// Bytes of one row of width pixels, padded to a multiple of 4. 64 bits, so that no width overflows it.
-constexpr std::uint64_t dib_stride(std::uint32_t width, std::uint32_t bits)
-{
-    return (std::uint64_t{width} * bits + 31) / 32 * 4;
-}
 
 /// The depth itself when bitmaps can have it, else 0.
 constexpr std::uint16_t storable_depth(std::int32_t bits)

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/buffer.h"
 #include "klv/base/types.h"
 #include "klv/bitmaps/palette.h"
-#include "klv/core/buffer.h"
 
 #include <cstdint>
 #include <span>

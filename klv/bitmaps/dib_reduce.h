@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/buffer.h"
 #include "klv/base/types.h"
 #include "klv/bitmaps/pixels/dib_dither.h"
-#include "klv/core/buffer.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "klv/base/buffer.h"
 #include "klv/bitmaps/dib.h"
-#include "klv/core/buffer.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #include "klv/core/collection.h"
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 
 #include <cstring>
 #include <limits>

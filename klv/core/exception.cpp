@@ -1,7 +1,7 @@
 #include "klv/core/exception.h"
 
+#include "klv/base/memory.h"
 #include "klv/core/library_strings.h"
-#include "klv/core/memory.h"
 #include "klv/core/system.h"
 #include "klv/platform/host.h"
 #include "klv/platform/system/global_memory.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "klv/base/muldiv.h"
 #include "klv/core/point.h"
 
 #include <cstdint>
@@ -8,7 +9,10 @@
 /// nothing, and the conversions between polar and cartesian coordinates.
 namespace klv {
 
-/// Sine and cosine of whole degrees, 25600 for 1.0.
+/// What the integer sines and cosines are scaled by.
+inline constexpr int trigonometric_scale = 25600;
+
+/// Sine and cosine of whole degrees, trigonometric_scale for 1.0.
 [[nodiscard]] short Sin(short degrees) noexcept;
 [[nodiscard]] short Cos(short degrees) noexcept;
 
@@ -27,15 +31,8 @@ namespace klv {
 {
     if (c == 0)
         return -1;
-    const std::int64_t product = std::int64_t{a} * b;
-    const bool negative = (product < 0) != (c < 0);
-    const std::uint64_t magnitude = static_cast<std::uint64_t>(product < 0 ? -product : product);
-    const std::uint64_t divisor = static_cast<std::uint64_t>(c < 0 ? -std::int64_t{c} : std::int64_t{c});
-    const std::uint64_t quotient = (magnitude + divisor / 2) / divisor;
-    if (quotient > 0x7FFFFFFFU)
-        return -1;
-    const auto result = static_cast<std::int32_t>(quotient);
-    return negative ? -result : result;
+    const std::int64_t quotient = mul_div(a, b, c);
+    return quotient < -INT32_MAX || quotient > INT32_MAX ? -1 : static_cast<std::int32_t>(quotient);
 }
 
 /// Angles in degrees. Each output pointer may be null.

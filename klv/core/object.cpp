@@ -1,6 +1,6 @@
 #include "klv/core/object.h"
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 
 #include <cstdint>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "klv/core/ptr_list.h"
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 
 namespace klv {
 

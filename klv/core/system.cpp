@@ -92,6 +92,8 @@ int vSYSTEM::NewFailureException(unsigned int) noexcept
     return 0;
 }
 
+void vMemFailed(std::uint32_t n) noexcept { vSYSTEM::NewFailureException(n); }
+
 int vSYSTEM::GetExceptionFlag() noexcept { return exception_flag; }
 void vSYSTEM::SetExceptionFlag(int flag) noexcept { exception_flag = flag; }
 

@@ -71,8 +71,7 @@ public:
 private:
     friend class vAPP;
     friend struct system_access; // lets the tests reach the private services
-    friend void* vMemAlloc(std::uint32_t) noexcept;
-    friend void* vMemRealloc(void*, std::uint32_t) noexcept;
+    friend void vMemFailed(std::uint32_t) noexcept;
     friend int DllMain(HINSTANCE, std::uint32_t, void*) noexcept;
 
     vSYSTEM() noexcept;

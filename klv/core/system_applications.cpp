@@ -1,4 +1,4 @@
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/core/system.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/platform/system/shared_memory.h"

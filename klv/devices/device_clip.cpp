@@ -1,4 +1,4 @@
-#include "klv/base/numbers.h"
+#include "klv/base/saturating.h"
 #include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"
 

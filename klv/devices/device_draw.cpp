@@ -1,5 +1,5 @@
-#include "klv/base/numbers.h"
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
+#include "klv/base/saturating.h"
 #include "klv/core/collection.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/fill_engine.h"

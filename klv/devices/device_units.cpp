@@ -1,5 +1,6 @@
-#include "klv/base/numbers.h"
+#include "klv/base/saturating.h"
 #include "klv/devices/device.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/gdi/gdi.h"
 
 /// Logical units and device pixels: resolution, origin and conversions.

@@ -2,10 +2,10 @@
 
 #include "klv/attributes/fill_spec.h"
 #include "klv/attributes/line_spec.h"
-#include "klv/base/numbers.h"
+#include "klv/base/memory.h"
+#include "klv/base/saturating.h"
 #include "klv/bitmaps/image_context.h"
 #include "klv/core/integer_math.h"
-#include "klv/core/memory.h"
 #include "klv/devices/fades/transparency_mask.h"
 #include "klv/devices/screen.h"
 #include "klv/gdi/gdi.h"

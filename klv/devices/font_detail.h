@@ -1,8 +1,8 @@
 #pragma once
 
 #include "klv/attributes/font_spec.h"
+#include "klv/base/memory.h"
 #include "klv/base/types.h"
-#include "klv/core/memory.h"
 #include "klv/core/object.h"
 #include "klv/core/string.h"
 #include "klv/devices/device.h"

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "klv/base/numbers.h"
+#include "klv/base/muldiv.h"
 #include "klv/base/types.h"
 #include "klv/core/point.h"
+#include "klv/devices/outline/coordinates.h"
 
 #include <cstdint>
 

@@ -1,8 +1,8 @@
 #include "klv/filters/bitmap_filter.h"
 
+#include "klv/base/buffer.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "klv/core/buffer.h"
 #include "klv/filters/raster/imaging_library.h"
 #include "klv/streams/stream.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "klv/formats/dib_header.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -9,20 +11,6 @@
 /// The two ways in which a Windows bitmap packs its pixels beyond plain rows: channel masks (16 and 32 bits)
 /// and run lengths (4 and 8 bits).
 namespace klv {
-
-struct channel_masks {
-    std::uint32_t red = 0;
-    std::uint32_t green = 0;
-    std::uint32_t blue = 0;
-};
-
-/// The masks of a bitmap of 16 (5-5-5) or 32 bits that does not bring its own.
-[[nodiscard]] constexpr channel_masks default_channel_masks(unsigned bits)
-{
-    if (bits == 16)
-        return {0x7C00, 0x03E0, 0x001F};
-    return {0x00FF0000, 0x0000FF00, 0x000000FF};
-}
 
 /// Turns pixels of 16 or 32 bits into 24-bit pixels (blue, green, red) by their masks. Any mask is allowed;
 /// an empty one gives 0.

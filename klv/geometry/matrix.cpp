@@ -1,6 +1,6 @@
 #include "klv/geometry/matrix.h"
 
-#include "klv/base/wrapping.h"
+#include "klv/base/saturating.h"
 
 #include <algorithm>
 #include <cmath>

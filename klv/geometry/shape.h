@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/buffer.h"
 #include "klv/base/types.h"
 #include "klv/core/bezpoint.h"
-#include "klv/core/buffer.h"
 #include "klv/core/object.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"

@@ -1,3 +1,4 @@
+#include "klv/base/saturating.h"
 #include "klv/base/wrapping.h"
 #include "klv/geometry/curves/auto_curve.h"
 #include "klv/geometry/shape.h"

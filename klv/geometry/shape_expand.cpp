@@ -1,4 +1,4 @@
-#include "klv/base/wrapping.h"
+#include "klv/base/saturating.h"
 #include "klv/geometry/planar/exact.h"
 #include "klv/geometry/shape.h"
 

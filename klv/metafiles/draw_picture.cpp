@@ -1,7 +1,7 @@
+#include "klv/base/memory.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "klv/core/memory.h"
 #include "klv/devices/display_bitmap.h"
 #include "klv/geometry/matrix.h"
 #include "klv/metafiles/detail/playback.h"

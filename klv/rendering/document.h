@@ -1,7 +1,7 @@
 #pragma once
 
+#include "klv/base/memory.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "klv/core/memory.h"
 #include "klv/core/point.h"
 #include "klv/core/string.h"
 #include "klv/filters/vector_filter.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 #include "klv/platform/system/file.h"
 #include "klv/streams/typed_stream.h"
 

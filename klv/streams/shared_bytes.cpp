@@ -1,6 +1,6 @@
 #include "klv/streams/shared_bytes.h"
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 
 #include <algorithm>
 #include <new>

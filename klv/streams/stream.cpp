@@ -1,6 +1,6 @@
 #include "klv/streams/stream.h"
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 #include "klv/streams/compression/compression_frame.h"
 #include "klv/streams/compression/explode.h"
 #include "klv/streams/compression/implode.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 #include "klv/core/string.h"
 #include "klv/streams/archive.h"
 

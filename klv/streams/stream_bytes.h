@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 
 #include <cstdint>
 #include <span>

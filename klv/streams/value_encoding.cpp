@@ -1,4 +1,4 @@
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 #include "klv/core/real.h"
 #include "klv/core/string.h"
 #include "klv/streams/stream.h"

@@ -2,10 +2,10 @@
 #include "klv/attributes/fill_spec.h"
 #include "klv/attributes/font_spec.h"
 #include "klv/attributes/line_spec.h"
+#include "klv/base/memory.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/tile_info.h"
 #include "klv/colour/image_colour.h"
-#include "klv/core/memory.h"
 #include "klv/devices/memory_device.h"
 #include "klv/geometry/primitive_shapes.h"
 

@@ -25,24 +25,6 @@ TEST(ByteWriter, WritesBothByteOrders)
     EXPECT_EQ(out.size(), 20U);
 }
 
-TEST(ByteWriter, PatchesWhatWasWritten)
-{
-    byte_writer out;
-    out.fill(14);
-    out.patch_u8(0, 1);
-    out.patch_u16le(1, 0x0203);
-    out.patch_u32le(3, 0x04050607);
-    out.patch_u16be(7, 0x0809);
-    out.patch_u32be(9, 0x0A0B0C0D);
-    byte_reader in(out.span());
-    EXPECT_EQ(in.u8(), 1);
-    EXPECT_EQ(in.u16le(), 0x0203);
-    EXPECT_EQ(in.u32le(), 0x04050607U);
-    EXPECT_EQ(in.u16be(), 0x0809);
-    EXPECT_EQ(in.u32be(), 0x0A0B0C0DU);
-    EXPECT_EQ(in.left(), 1U);
-}
-
 TEST(ByteReader, RunningOutSticks)
 {
     const std::uint8_t bytes[] = {1, 2, 3, 4, 5};

@@ -1,3 +1,4 @@
+#include "klv/base/saturating.h"
 #include "klv/base/wrapping.h"
 
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "klv/base/byte_writer.h"
+#include "klv/base/memory.h"
 #include "klv/bitmaps/detail/dib_stream.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "klv/core/memory.h"
 #include "klv/streams/memory_stream.h"
 
 #include "tests/bitmaps/dib_text.h"

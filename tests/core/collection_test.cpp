@@ -1,5 +1,5 @@
+#include "klv/base/memory.h"
 #include "klv/core/collection.h"
-#include "klv/core/memory.h"
 #include "klv/core/system.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
+#include "klv/base/memory.h"
 #include "klv/core/list.h"
-#include "klv/core/memory.h"
 #include "klv/core/ptr_list.h"
 #include "klv/core/system.h"
 

@@ -1,5 +1,5 @@
+#include "klv/base/memory.h"
 #include "klv/core/library_strings.h"
-#include "klv/core/memory.h"
 #include "klv/core/resource_id.h"
 #include "klv/core/string.h"
 #include "klv/core/system.h"

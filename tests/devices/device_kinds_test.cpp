@@ -1,5 +1,5 @@
+#include "klv/base/memory.h"
 #include "klv/bitmaps/dib_context.h"
-#include "klv/core/memory.h"
 #include "klv/devices/display_bitmap.h"
 #include "klv/devices/memory_device.h"
 #include "klv/devices/screen.h"

@@ -1,6 +1,6 @@
+#include "klv/base/memory.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "klv/core/memory.h"
 #include "klv/filters/gif/gif_filter.h"
 #include "klv/filters/progress.h"
 #include "klv/platform/module_table.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "klv/base/byte_order.h"
 #include "klv/base/byte_writer.h"
 #include "klv/filters/tiff/tiff_huffman_tables.h"
 
@@ -255,7 +256,8 @@ private:
             fields.erase(tag);
 
         const auto directory = static_cast<std::uint32_t>(out.size());
-        big_endian ? out.patch_u32be(4, directory) : out.patch_u32le(4, directory);
+        auto* const offset_field = out.span().data() + 4;
+        big_endian ? store_be<4>(offset_field, directory) : store_le<4>(offset_field, directory);
         byte_writer values;
         const std::size_t values_at = directory + 2 + 12 * fields.size() + 4;
         u16(out, static_cast<std::uint32_t>(fields.size()));

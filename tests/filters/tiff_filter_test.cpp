@@ -1,5 +1,5 @@
+#include "klv/base/memory.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "klv/core/memory.h"
 #include "klv/filters/progress.h"
 #include "klv/filters/tiff/tiff_filter.h"
 #include "klv/filters/tiff/tiff_palette.h"

@@ -1,4 +1,4 @@
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/geometry/primitive_shapes.h"
 
 #include "tests/attributes/stream_form.h"

@@ -1,4 +1,6 @@
 // Files built by hand, byte for byte as their formats have them.
+#include "klv/base/byte_order.h"
+
 #include "tests/imaging/imaging_module.h"
 
 #include <array>
@@ -101,7 +103,8 @@ struct tiff_builder {
             }
         }
         u32(0);
-        big_endian ? out.patch_u32be(4, directory) : out.patch_u32le(4, directory);
+        auto* const offset_field = out.span().data() + 4;
+        big_endian ? store_be<4>(offset_field, directory) : store_le<4>(offset_field, directory);
         return bytes_of(out);
     }
 };

@@ -1,7 +1,7 @@
+#include "klv/base/memory.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/bitmaps/metafile_context.h"
-#include "klv/core/memory.h"
 #include "klv/devices/memory_device.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/metafiles/detail/text_bitmap.h"

@@ -1,4 +1,4 @@
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/rendering/document.h"
 #include "klv/rendering/save.h"
 #include "klv/streams/memory_stream.h"

@@ -1,4 +1,4 @@
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/core/string.h"
 #include "klv/streams/file.h"
 #include "klv/streams/memory_stream.h"

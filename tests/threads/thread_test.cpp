@@ -1,7 +1,7 @@
 // Threads that convert at the same time, each with objects of its own, get what one thread gets.
+#include "klv/base/memory.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "klv/core/memory.h"
 #include "klv/devices/display_bitmap.h"
 #include "klv/devices/memory_device.h"
 #include "klv/filters/bitmap_filter.h"

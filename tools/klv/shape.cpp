@@ -1,4 +1,4 @@
-#include "klv/base/wrapping.h"
+#include "klv/base/saturating.h"
 
 #include "tools/klv/commands.h"
 #include "tools/klv/failure.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/buffer.h"
 #include "klv/base/types.h"
 #include "klv/bitmaps/dib_header.h"
-#include "klv/core/buffer.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "klv/bitmaps/pixels/resample.h"
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 
 #include <algorithm>
 #include <array>

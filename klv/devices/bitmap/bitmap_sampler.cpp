@@ -1,6 +1,5 @@
 #include "klv/devices/bitmap/bitmap_sampler.h"
 
-#include "klv/base/numbers.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/bitmaps/memory_dib.h"
 #include "klv/devices/bitmap/colour_match.h"

@@ -1,6 +1,6 @@
 #include "klv/devices/fades/transparency_mask.h"
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include "klv/base/numbers.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/band_cutter.h"
 #include "klv/devices/fill/graduated_fill.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -1,6 +1,8 @@
 #include "klv/devices/fill/graduated_fill.h"
 
-#include "klv/base/numbers.h"
+#include "klv/base/integer_root.h"
+#include "klv/base/muldiv.h"
+#include "klv/base/saturating.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
 #include "klv/gdi/gdi.h"

@@ -1,6 +1,6 @@
-#include "klv/base/numbers.h"
 #include "klv/devices/fill/band_cutter.h"
 #include "klv/devices/fill/outline_edges.h"
+#include "klv/devices/outline/coordinates.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include "klv/base/numbers.h"
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
+#include "klv/base/muldiv.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/graduated_fill.h"

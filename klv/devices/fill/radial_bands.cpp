@@ -1,4 +1,4 @@
-#include "klv/base/numbers.h"
+#include "klv/base/muldiv.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/graduated_fill.h"

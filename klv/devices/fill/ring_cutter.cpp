@@ -1,7 +1,7 @@
-#include "klv/base/numbers.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/fill/band_cutter.h"
 #include "klv/devices/fill/outline_edges.h"
+#include "klv/devices/outline/coordinates.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 #include "klv/devices/fill/scanline_fill.h"
 
-#include "klv/base/numbers.h"
 #include "klv/core/integer_math.h"
 #include "klv/devices/device.h"
 #include "klv/devices/fill/graduated_fill.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "klv/base/buffer.h"
 #include "klv/base/types.h"
-#include "klv/core/buffer.h"
 #include "klv/devices/outline/point_list.h"
 
 #include <array>

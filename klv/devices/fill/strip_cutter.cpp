@@ -1,4 +1,4 @@
-#include "klv/base/numbers.h"
+#include "klv/base/muldiv.h"
 #include "klv/devices/fill/band_cutter.h"
 #include "klv/devices/fill/outline_edges.h"
 

@@ -1,4 +1,4 @@
-#include "klv/base/numbers.h"
+#include "klv/base/integer_root.h"
 #include "klv/devices/line/line_engine.h"
 #include "klv/devices/outline/segment_clip.h"
 

@@ -1,7 +1,7 @@
 #include "klv/devices/line/line_engine.h"
 
-#include "klv/base/numbers.h"
 #include "klv/devices/device.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

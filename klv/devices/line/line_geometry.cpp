@@ -1,6 +1,7 @@
 #include "klv/devices/line/line_geometry.h"
 
-#include "klv/base/numbers.h"
+#include "klv/base/integer_root.h"
+#include "klv/devices/outline/coordinates.h"
 
 #include <cmath>
 #include <cstdlib>

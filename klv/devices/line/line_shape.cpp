@@ -1,9 +1,9 @@
 #include "klv/devices/line/line_shape.h"
 
 #include "klv/attributes/arrowhead.h"
-#include "klv/base/numbers.h"
 #include "klv/devices/device.h"
 #include "klv/devices/line/line_engine.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/devices/outline/flatten.h"
 
 #include <span>

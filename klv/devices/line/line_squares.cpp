@@ -1,5 +1,5 @@
-#include "klv/base/numbers.h"
 #include "klv/devices/line/line_engine.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/gdi/gdi.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "klv/devices/outline/flatten.h"
 
+#include "klv/base/integer_root.h"
+
 #include <cmath>
 
 namespace klv {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "klv/base/numbers.h"
 #include "klv/base/types.h"
+#include "klv/devices/outline/coordinates.h"
 #include "klv/devices/unit_mapping.h"
 #include "klv/geometry/point_record.h"
 #include "klv/geometry/shape.h"

@@ -1,7 +1,7 @@
 #include "klv/devices/outline/point_list.h"
 
-#include "klv/base/numbers.h"
 #include "klv/core/integer_math.h"
+#include "klv/devices/outline/coordinates.h"
 
 #include <utility>
 

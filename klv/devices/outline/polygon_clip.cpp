@@ -1,7 +1,7 @@
 #include "klv/devices/outline/polygon_clip.h"
 
-#include "klv/base/numbers.h"
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
+#include "klv/base/muldiv.h"
 
 #include <cstdint>
 #include <utility>

@@ -1,8 +1,8 @@
 #include "klv/filters/gif/gif_decoder.h"
 
+#include "klv/base/buffer.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_rows.h"
-#include "klv/core/buffer.h"
 #include "klv/core/progress.h"
 #include "klv/filters/gif/gif_format.h"
 #include "klv/filters/gif/gif_lzw_decoder.h"

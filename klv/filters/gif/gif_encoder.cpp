@@ -1,10 +1,10 @@
 #include "klv/filters/gif/gif_encoder.h"
 
+#include "klv/base/buffer.h"
+#include "klv/base/memory.h"
 #include "klv/bitmaps/dib.h"
 #include "klv/bitmaps/dib_reduce.h"
 #include "klv/bitmaps/dib_rows.h"
-#include "klv/core/buffer.h"
-#include "klv/core/memory.h"
 #include "klv/core/progress.h"
 #include "klv/filters/gif/gif_format.h"
 #include "klv/filters/gif/gif_lzw_encoder.h"

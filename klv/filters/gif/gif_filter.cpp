@@ -1,8 +1,8 @@
 #include "klv/filters/gif/gif_filter.h"
 
 #include "klv/base/byte_writer.h"
+#include "klv/base/memory.h"
 #include "klv/bitmaps/memory_dib.h"
-#include "klv/core/memory.h"
 #include "klv/filters/gif/gif_decoder.h"
 #include "klv/filters/gif/gif_encoder.h"
 #include "klv/filters/gif/gif_outside_reader.h"

@@ -1,7 +1,7 @@
 #include "klv/filters/raster/eps_filter.h"
 
+#include "klv/base/buffer.h"
 #include "klv/base/byte_reader.h"
-#include "klv/core/buffer.h"
 #include "klv/filters/tiff/tiff_filter.h"
 #include "klv/streams/memory_stream.h"
 

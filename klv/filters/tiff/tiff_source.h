@@ -1,6 +1,6 @@
 #pragma once
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "klv/filters/wmf/wmf_bitmaps.h"
 
+#include "klv/base/memory.h"
 #include "klv/bitmaps/dib_context.h"
-#include "klv/core/memory.h"
 #include "klv/filters/wmf/wmf_attributes.h"
 #include "klv/filters/wmf/wmf_mapping.h"
 #include "klv/metafiles/metafile.h"

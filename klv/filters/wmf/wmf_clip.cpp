@@ -1,6 +1,6 @@
 #include "klv/filters/wmf/wmf_clip.h"
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/gdi/gdi.h"
 #include "klv/geometry/shape.h"
 #include "klv/metafiles/metafile.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "klv/base/memory.h"
 #include "klv/base/types.h"
 #include "klv/bitmaps/stream_dib.h"
-#include "klv/core/memory.h"
 #include "klv/core/string.h"
 #include "klv/formats/wmf_records.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "klv/attributes/line_spec.h"
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/filters/filter.h"
 #include "klv/filters/wmf/wmf_bitmaps.h"
 #include "klv/filters/wmf/wmf_blit.h"

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "klv/base/memory.h"
 #include "klv/base/types.h"
-#include "klv/core/memory.h"
 #include "klv/geometry/planar/edge_outline.h"
 #include "klv/geometry/planar/outline_tree.h"
 

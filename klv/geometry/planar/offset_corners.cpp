@@ -1,6 +1,6 @@
 #include "klv/geometry/planar/offset_corners.h"
 
-#include "klv/base/wrapping.h"
+#include "klv/base/saturating.h"
 #include "klv/core/integer_math.h"
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/planar/exact.h"

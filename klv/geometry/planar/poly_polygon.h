@@ -1,7 +1,7 @@
 #pragma once
 
+#include "klv/base/memory.h"
 #include "klv/base/types.h"
-#include "klv/core/memory.h"
 
 #include <span>
 #include <vector>

@@ -1,5 +1,6 @@
 #include "klv/metafiles/detail/playback.h"
 
+#include "klv/base/saturating.h"
 #include "klv/bitmaps/dib_context.h"
 #include "klv/core/progress.h"
 #include "klv/devices/device.h"

@@ -1,6 +1,6 @@
 #include "klv/metafiles/detail/text_bitmap.h"
 
-#include "klv/core/buffer.h"
+#include "klv/base/buffer.h"
 #include "klv/core/string.h"
 #include "klv/devices/device.h"
 #include "klv/devices/font_detail.h"

@@ -1,6 +1,6 @@
 #include "klv/streams/compression/implode.h"
 
-#include "klv/core/memory.h"
+#include "klv/base/memory.h"
 #include "klv/streams/compression/implode_code.h"
 
 #include <algorithm>

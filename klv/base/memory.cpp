@@ -1,6 +1,4 @@
-#include "klv/core/memory.h"
-
-#include "klv/core/system.h"
+#include "klv/base/memory.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,23 +9,28 @@ namespace {
 
 constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
-// Each thread counts its own allocations: a test lets nobody else's fail, and no counter is contended.
-struct allocation_count {
-    std::uint64_t tried = 0;
+struct failure_plan {
+    std::uint64_t allocations = 0; ///< so far
     std::uint64_t first_to_fail = never;
     memory_failure kind = memory_failure::none;
 };
-constinit thread_local allocation_count allocations;
+constinit thread_local failure_plan plan;
 
 bool chosen_to_fail() noexcept
 {
-    allocation_count& count = allocations;
-    const std::uint64_t number = count.tried++;
-    if (number < count.first_to_fail) [[likely]]
+    const std::uint64_t number = plan.allocations++;
+    if (number < plan.first_to_fail) [[likely]]
         return false;
-    if (count.kind == memory_failure::once)
+    if (plan.kind == memory_failure::once)
         vMemNeverFail();
     return true;
+}
+
+void* reported(void* block, std::uint32_t n) noexcept
+{
+    if (!block && vMemFailed)
+        vMemFailed(n);
+    return block;
 }
 
 class library_memory final : public std::pmr::memory_resource {
@@ -49,23 +52,17 @@ class library_memory final : public std::pmr::memory_resource {
 
 } // namespace
 
+// malloc and realloc may answer null for no bytes at all, which must not read as "out of memory".
 void* vMemAlloc(std::uint32_t n) noexcept
 {
-    // malloc may answer null for no bytes at all, which must not read as "out of memory".
-    void* block = chosen_to_fail() ? nullptr : std::malloc(std::max(n, std::uint32_t{1}));
-    if (!block)
-        vSYSTEM::NewFailureException(n);
-    return block;
+    return reported(chosen_to_fail() ? nullptr : std::malloc(std::max(n, std::uint32_t{1})), n);
 }
 
 void vMemFree(void* block) noexcept { std::free(block); }
 
 void* vMemRealloc(void* block, std::uint32_t n) noexcept
 {
-    void* moved = chosen_to_fail() ? nullptr : std::realloc(block, std::max(n, std::uint32_t{1}));
-    if (!moved)
-        vSYSTEM::NewFailureException(n);
-    return moved;
+    return reported(chosen_to_fail() ? nullptr : std::realloc(block, std::max(n, std::uint32_t{1})), n);
 }
 
 void* vMemShrink(void* block, std::uint32_t n) noexcept { return vMemRealloc(block, n); }
@@ -74,17 +71,13 @@ int vMemCheckPtr(const void*) noexcept { return 1; }
 
 void vMemFailAfter(std::uint64_t count, memory_failure kind) noexcept
 {
-    allocations.first_to_fail = kind == memory_failure::none ? never : allocations.tried + count;
-    allocations.kind = kind;
+    plan.first_to_fail = kind == memory_failure::none ? never : plan.allocations + count;
+    plan.kind = kind;
 }
 
-void vMemNeverFail() noexcept
-{
-    allocations.first_to_fail = never;
-    allocations.kind = memory_failure::none;
-}
+void vMemNeverFail() noexcept { vMemFailAfter(0, memory_failure::none); }
 
-std::uint64_t vMemAllocations() noexcept { return allocations.tried; }
+std::uint64_t vMemAllocations() noexcept { return plan.allocations; }
 
 std::pmr::memory_resource* vMemResource() noexcept
 {

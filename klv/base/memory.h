@@ -8,8 +8,14 @@
 
 namespace klv {
 
-/// Allocates n bytes. When memory is out, the library's emergency reserve is released, the exception flag
-/// of vSYSTEM is set and the answer is null. An n of 0 gives a block that may be freed.
+/// What happens when memory is out, before null is answered: core defines it in the library, where it
+/// releases the emergency reserve and sets the exception flag of vSYSTEM. A program or module without core
+/// has none, and nothing happens there. A weak reference instead of a function that is installed, so that the
+/// first failure is told however early it comes, and loading the library runs no code.
+[[gnu::weak]] void vMemFailed(std::uint32_t n) noexcept;
+
+/// Allocates n bytes. When memory is out, vMemFailed is called and the answer is null. An n of 0 gives a
+/// block that may be freed.
 [[nodiscard]] void* vMemAlloc(std::uint32_t n) noexcept;
 
 /// Frees a block of vMemAlloc or vMemRealloc; null is allowed.
@@ -32,14 +38,15 @@ enum class memory_failure {
     from_then_on, ///< the chosen one and all later ones fail
 };
 
-/// For tests: lets `count` more allocations of this thread pass and makes its next one fail (0: the very
-/// next). Growing reallocations count as allocations.
+/// For tests: lets `count` more allocations of the calling thread pass and makes its next one fail (0: the
+/// very next). Reallocations count as allocations. Each thread counts and fails for itself, so that a sweep
+/// meets the same allocations in every run, whatever other threads do.
 void vMemFailAfter(std::uint64_t count, memory_failure kind = memory_failure::once) noexcept;
 
-/// For tests: ends what vMemFailAfter began.
+/// For tests: ends what vMemFailAfter began on this thread.
 void vMemNeverFail() noexcept;
 
-/// For tests and measurements: the allocations that this thread has tried.
+/// For tests and measurements: the allocations that the calling thread tried so far.
 [[nodiscard]] std::uint64_t vMemAllocations() noexcept;
 
 /// Standard containers on vMemAlloc. Out of memory is std::bad_alloc here; the public operation that owns
