@@ -9,7 +9,6 @@ namespace klv {
 namespace {
 
 constexpr std::int32_t default_pixels_per_metre = 100;
-constexpr DWORD info_header_size = 40;
 
 std::uint32_t image_size(std::int32_t width, std::int32_t height, std::uint32_t bits)
 {
@@ -24,7 +23,7 @@ std::uint32_t image_size(std::int32_t width, std::int32_t height, std::uint32_t 
 
 oDIBHEADER::oDIBHEADER() noexcept
 {
-    info_.biSize = info_header_size;
+    info_.biSize = dib_header::info_size;
     info_.biHeight = 1;
     info_.biPlanes = 1;
     info_.biBitCount = layout_of(model_).bits;

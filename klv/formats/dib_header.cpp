@@ -3,6 +3,7 @@
 #include "klv/base/byte_order.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace klv {
 
@@ -81,19 +82,24 @@ std::optional<dib_header> dib_header::read_trusted(const void* header)
     return found;
 }
 
-void dib_header::write(byte_writer& out) const
+std::array<std::uint8_t, dib_header::info_size> dib_header::stored() const noexcept
 {
-    out.u32le(info_size);
-    out.i32le(width);
-    out.i32le(height);
-    out.u16le(planes);
-    out.u16le(bits);
-    out.u32le(compression);
-    out.u32le(image_size);
-    out.i32le(x_pixels_per_metre);
-    out.i32le(y_pixels_per_metre);
-    out.u32le(colours_used);
-    out.u32le(colours_important);
+    std::array<std::uint8_t, info_size> bytes{};
+    std::uint8_t* at = bytes.data();
+    const auto u16 = [&at](std::uint16_t value) { store_le<2>(std::exchange(at, at + 2), value); };
+    const auto u32 = [&at](std::uint32_t value) { store_le<4>(std::exchange(at, at + 4), value); };
+    u32(info_size);
+    u32(static_cast<std::uint32_t>(width));
+    u32(static_cast<std::uint32_t>(height));
+    u16(planes);
+    u16(bits);
+    u32(compression);
+    u32(image_size);
+    u32(static_cast<std::uint32_t>(x_pixels_per_metre));
+    u32(static_cast<std::uint32_t>(y_pixels_per_metre));
+    u32(colours_used);
+    u32(colours_important);
+    return bytes;
 }
 
 std::size_t dib_header::masks_behind() const noexcept
@@ -118,10 +124,8 @@ std::size_t read_colour_table(byte_reader& in, std::size_t entry_bytes, std::spa
 
 void write_colour_table(byte_writer& out, std::span<const RGBQUAD> colours)
 {
-    for (const RGBQUAD& colour : colours) {
-        const std::uint8_t entry[] = {colour.rgbBlue, colour.rgbGreen, colour.rgbRed, 0};
-        out.bytes(entry);
-    }
+    for (const RGBQUAD& colour : colours)
+        out.bytes(stored_colour(colour));
 }
 
 std::optional<dib_file_header> dib_file_header::read(byte_reader& in)

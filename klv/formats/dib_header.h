@@ -4,6 +4,7 @@
 #include "klv/base/byte_writer.h"
 #include "klv/base/types.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -77,7 +78,7 @@ struct dib_header {
     std::int32_t y_pixels_per_metre = 0;
     std::uint32_t colours_used = 0; ///< entries of the colour table; 0 for all that the depth can have
     std::uint32_t colours_important = 0;
-    channel_masks masks; ///< those in the header; the depth's own where there are none in it
+    channel_masks masks{}; ///< those in the header; the depth's own where there are none in it
 
     /// Reads the header and passes over all of it. Nothing when the size is none of the table's or the bytes
     /// end before the header does.
@@ -85,8 +86,9 @@ struct dib_header {
     /// A header in memory that is trusted to be as long as it says, with its masks behind it where they
     /// belong.
     [[nodiscard]] static std::optional<dib_header> read_trusted(const void* header);
-    /// Writes the 40 bytes of a BITMAPINFOHEADER, whatever the size field says.
-    void write(byte_writer& out) const;
+    /// The 40 bytes of a BITMAPINFOHEADER, whatever the size field says.
+    [[nodiscard]] std::array<std::uint8_t, info_size> stored() const noexcept;
+    void write(byte_writer& out) const { out.bytes(stored()); }
 
     [[nodiscard]] bool is_core() const noexcept { return size == core_size; }
     /// Compression numbers from 3 on mean other things in OS/2 headers.
@@ -123,7 +125,12 @@ struct dib_header {
 
 /// Reads entries of entry_bytes (3 or 4: blue, green, red) into colours. \return how many were there
 std::size_t read_colour_table(byte_reader& in, std::size_t entry_bytes, std::span<RGBQUAD> colours);
-/// Writes entries of 4 bytes, the last of them 0.
+/// An entry of 4 bytes, the last of them 0.
+[[nodiscard]] constexpr std::array<std::uint8_t, 4> stored_colour(const RGBQUAD& colour) noexcept
+{
+    return {colour.rgbBlue, colour.rgbGreen, colour.rgbRed, 0};
+}
+/// Writes entries of 4 bytes.
 void write_colour_table(byte_writer& out, std::span<const RGBQUAD> colours);
 
 /// The 14 bytes before the info header in a file.

@@ -1,3 +1,4 @@
+#include "klv/formats/dib_header.h"
 #include "klv/imaging/bmp_layout.h"
 
 namespace klv::imaging {
@@ -6,7 +7,7 @@ namespace {
 
 bool bmp_recognises(std::span<const std::uint8_t> start)
 {
-    return start.size() > bmp::file_header_size && start[0] == 'B' && start[1] == 'M';
+    return start.size() > dib_file_header::stored_size && start[0] == 'B' && start[1] == 'M';
 }
 
 } // namespace

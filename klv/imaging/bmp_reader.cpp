@@ -6,90 +6,55 @@
 #include "klv/imaging/resolution.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <initializer_list>
+#include <optional>
 #include <vector>
 
 namespace klv::imaging::bmp {
 
 namespace {
 
-/// How far a header may promise more than its file holds.
-constexpr std::uint64_t free_image_bytes = 1 << 20;
-constexpr std::uint64_t most_bytes_for_one_raw = 2;
-constexpr std::uint64_t most_bytes_for_one_run = 256;
 /// Headers and colour table are looked for in so many bytes from the start.
 constexpr std::size_t head_bytes = 1 << 16;
 constexpr std::size_t piece_bytes = 1 << 16;
 
+/// What a file's headers say: the info header with its masks, wherever they stood, and its size as a positive
+/// number of rows.
 struct layout {
+    dib_header header;
     std::int32_t width = 0;
     std::int32_t height = 0;
-    bool top_down = false;
     std::uint16_t bits = 0;
-    std::uint32_t compression = BI_RGB;
-    std::int32_t x_pixels_per_metre = 0;
-    std::int32_t y_pixels_per_metre = 0;
-    std::uint32_t colours = 0;
-    channel_masks masks;
+    std::uint32_t colours = 0; ///< entries that the table really has
     std::size_t table_offset = 0;
-    std::size_t colour_bytes = 4;
     std::size_t pixel_offset = 0;
-
-    bool os2 = false;
 
     [[nodiscard]] bool run_lengths() const
     {
-        return compression == BI_RLE8 || compression == BI_RLE4 || (os2 && compression == os2_rle24);
+        return header.compression == BI_RLE8 || header.compression == BI_RLE4
+            || (header.is_os2() && header.compression == BI_OS2_RLE24);
     }
     /// The codec of a whole image file that stands for the pixels; null where there is none.
     [[nodiscard]] const codec* embedded() const
     {
-        return os2                         ? nullptr
-            : compression == embedded_jpeg ? &jpeg_codec
-            : compression == embedded_png  ? &png_codec
-                                           : nullptr;
+        return header.is_os2()              ? nullptr
+            : header.compression == BI_JPEG ? &jpeg_codec
+            : header.compression == BI_PNG  ? &png_codec
+                                            : nullptr;
     }
     [[nodiscard]] std::int32_t delivered_bits() const { return bits == 2 ? 4 : bits == 64 ? 24 : bits; }
-    [[nodiscard]] std::size_t stride() const
-    {
-        return (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
-    }
+    [[nodiscard]] std::size_t stride() const { return static_cast<std::size_t>(header.stride()); }
 };
 
-void read_core_header(byte_reader& in, layout& found)
+/// Reads the info header and the masks behind it.
+std::optional<dib_header> read_headers(byte_reader& in)
 {
-    found.width = in.u16le();
-    found.height = in.u16le();
-    in.skip(2); // planes
-    found.bits = in.u16le();
-    found.colour_bytes = 3;
-}
-
-void read_info_header(byte_reader& in, std::uint32_t header_size, layout& found)
-{
-    // A short OS/2 header ends early: what is missing reads as 0.
-    byte_reader fields(in.bytes(header_size - sizeof(std::uint32_t)));
-    found.width = fields.i32le();
-    found.height = fields.i32le();
-    fields.skip(2); // planes
-    found.bits = fields.u16le();
-    found.compression = fields.u32le();
-    fields.skip(4); // size of the pixels, often wrong
-    found.x_pixels_per_metre = fields.i32le();
-    found.y_pixels_per_metre = fields.i32le();
-    found.colours = fields.u32le();
-    fields.skip(4); // important colours
-    found.masks = default_channel_masks(found.bits);
-    if (found.compression != BI_BITFIELDS && found.compression != alpha_bitfields)
-        return;
-    const bool inside = header_size >= header_size_with_masks && header_size != os2_header_size;
-    byte_reader& masks = inside ? fields : in;
-    found.masks.red = masks.u32le();
-    found.masks.green = masks.u32le();
-    found.masks.blue = masks.u32le();
-    if (!inside && found.compression == alpha_bitfields)
-        masks.skip(4);
+    auto header = dib_header::read(in);
+    if (!header || header->masks_behind() == 0)
+        return header;
+    byte_reader masks = in.sub(header->masks_behind());
+    header->masks = channel_masks::read(masks);
+    return in.ok() ? header : std::nullopt;
 }
 
 bool readable(const layout& found)
@@ -97,7 +62,7 @@ bool readable(const layout& found)
     const auto bits_are = [&found](std::initializer_list<int> possible) {
         return std::ranges::find(possible, found.bits) != possible.end();
     };
-    switch (found.compression) {
+    switch (found.header.compression) {
     case BI_RGB:
         return bits_are({1, 2, 4, 8, 16, 24, 32, 64});
     case BI_RLE8:
@@ -105,13 +70,13 @@ bool readable(const layout& found)
     case BI_RLE4:
         return bits_are({4});
     case BI_BITFIELDS:
-    case alpha_bitfields:
+    case BI_ALPHABITFIELDS:
         // The number stands for a facsimile code in OS/2 files.
-        return !found.os2 && bits_are({16, 32});
-    case os2_rle24: // and embedded_jpeg
-        return !found.os2 || bits_are({24});
-    case embedded_png:
-        return !found.os2;
+        return !found.header.is_os2() && bits_are({16, 32});
+    case BI_OS2_RLE24: // and BI_JPEG
+        return !found.header.is_os2() || bits_are({24});
+    case BI_PNG:
+        return !found.header.is_os2();
     default:
         return false;
     }
@@ -121,52 +86,45 @@ void place_colours_and_pixels(
     layout& found, std::size_t headers_end, std::uint32_t stored_offset, std::uint32_t size)
 {
     const bool offset_is_good = stored_offset >= headers_end && stored_offset < size;
+    const std::uint32_t announced = found.header.colours_used;
     found.table_offset = headers_end;
     if (found.bits > 8) {
         // Deep bitmaps may carry a table for displays with fewer colours.
-        const std::size_t skipped = std::min<std::size_t>(found.colours, (size - headers_end) / 4) * 4;
+        const std::size_t skipped = std::min<std::size_t>(announced, (size - headers_end) / 4) * 4;
         found.pixel_offset = offset_is_good ? stored_offset : headers_end + skipped;
-        found.colours = 0;
         return;
     }
-    const std::uint32_t most = std::uint32_t{1} << found.bits;
-    std::size_t colours = found.colours == 0 ? most : found.colours;
-    colours = std::min(colours, (size - headers_end) / found.colour_bytes);
+    const std::size_t colour_bytes = found.header.colour_bytes();
+    std::size_t colours = std::min<std::size_t>(found.header.colours(), (size - headers_end) / colour_bytes);
     // Some programs write fewer colours than they announce; the pixels' place tells.
     if (offset_is_good)
-        colours = std::min(colours, (stored_offset - headers_end) / found.colour_bytes);
-    found.pixel_offset = offset_is_good ? stored_offset : headers_end + colours * found.colour_bytes;
-    found.colours = static_cast<std::uint32_t>(std::min<std::size_t>(colours, most));
+        colours = std::min(colours, (stored_offset - headers_end) / colour_bytes);
+    found.pixel_offset = offset_is_good ? stored_offset : headers_end + colours * colour_bytes;
+    found.colours = static_cast<std::uint32_t>(std::min(colours, std::size_t{1} << found.bits));
 }
 
 imaging_result parse_layout(std::span<const std::uint8_t> head, std::uint32_t file_size, layout& found)
 {
     byte_reader in(head);
-    in.skip(10);
-    const std::uint32_t stored_offset = in.u32le();
-    const std::uint32_t header_size = in.u32le();
-    found.os2 = header_size < info_header_size || header_size == os2_header_size;
-    if (header_size == core_header_size)
-        read_core_header(in, found);
-    else if (header_size >= smallest_os2_header_size && in.holds(header_size - sizeof(std::uint32_t)))
-        read_info_header(in, header_size, found);
-    else
+    const auto file = dib_file_header::read(in);
+    const auto header = read_headers(in);
+    if (!file || !header || header->width <= 0 || header->height == 0 || header->height == INT32_MIN)
         return imaging_bad_data;
-    if (!in.ok() || found.width <= 0 || found.height == 0 || found.height == INT32_MIN)
-        return imaging_bad_data;
+    found.header = *header;
+    found.width = header->width;
+    found.height = static_cast<std::int32_t>(header->rows());
+    found.bits = header->bits;
     if (!readable(found))
         return imaging_unsupported;
-    found.top_down = found.height < 0;
-    found.height = std::abs(found.height);
     if (found.embedded()) {
-        found.pixel_offset = stored_offset;
+        found.pixel_offset = file->pixel_offset;
         return imaging_ok;
     }
-    place_colours_and_pixels(found, in.position(), stored_offset, file_size);
-
-    const std::uint64_t bytes = std::uint64_t{found.stride()} * static_cast<std::uint32_t>(found.height);
-    const std::uint64_t factor = found.run_lengths() ? most_bytes_for_one_run : most_bytes_for_one_raw;
-    return bytes > free_image_bytes && bytes / factor > file_size ? imaging_bad_data : imaging_ok;
+    place_colours_and_pixels(found, in.position(), file->pixel_offset, file_size);
+    return dib_size_is_honest(header->plain_image_size(), file_size,
+               found.run_lengths() ? most_dib_bytes_for_one_run : most_dib_bytes_for_one_plain)
+        ? imaging_ok
+        : imaging_bad_data;
 }
 
 /// The start of a file with the headers and the colour table, and what they say.
@@ -191,11 +149,7 @@ void read_colours(std::span<const std::uint8_t> file, const layout& found, bitma
     std::fill_n(bitmap.colours, bitmap.colour_count, RGBQUAD{});
     byte_reader in(file);
     in.seek(found.table_offset);
-    for (std::uint32_t i = 0; i < found.colours; ++i) {
-        const auto colour = in.bytes(found.colour_bytes);
-        if (!colour.empty())
-            bitmap.colours[i] = {colour[0], colour[1], colour[2], 0};
-    }
+    read_colour_table(in, found.header.colour_bytes(), std::span(bitmap.colours).first(found.colours));
 }
 
 /// Two-bit indices into four-bit ones.
@@ -223,7 +177,7 @@ class row_unpacker {
 public:
     explicit row_unpacker(const layout& found)
         : found_(found)
-        , masked_(found.masks, found.bits)
+        , masked_(found.header.masks, found.bits)
     {
     }
     void operator()(const std::uint8_t* row, std::uint8_t* line) const
@@ -331,9 +285,9 @@ imaging_result info(image_io& in, file_info& info)
     info.width = found.width;
     info.height = found.height;
     info.bits_per_pixel = found.delivered_bits();
-    info.x_resolution = dots_per_inch_of_metre(found.x_pixels_per_metre);
-    info.y_resolution = dots_per_inch_of_metre(found.y_pixels_per_metre);
-    info.perspective = found.top_down ? top_left : bottom_left;
+    info.x_resolution = dots_per_inch_of_metre(found.header.x_pixels_per_metre);
+    info.y_resolution = dots_per_inch_of_metre(found.header.y_pixels_per_metre);
+    info.perspective = found.header.top_down() ? top_left : bottom_left;
     return imaging_ok;
 }
 

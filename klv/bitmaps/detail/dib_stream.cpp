@@ -15,8 +15,6 @@ namespace klv {
 
 namespace {
 
-constexpr std::uint32_t file_header_size = 14;
-constexpr std::uint32_t info_header_size = 40;
 constexpr std::uint32_t bytes_per_colour = 4;
 /// The size of a colour table is a 16-bit number of bytes.
 constexpr std::uint32_t most_colours = 0xFFFF / bytes_per_colour;
@@ -24,11 +22,6 @@ constexpr std::uint32_t most_palette_colours = 256;
 constexpr std::int32_t greatest_dpi = 32000;
 constexpr std::int32_t assumed_dpi = 150;
 
-/// How far a header may promise more than its stream holds: a cut-off file still shows what it has, but a
-/// few bytes can't claim a gigabyte.
-constexpr std::uint64_t free_image_bytes = 1 << 20;
-constexpr std::uint64_t most_bytes_for_one_raw = 2;
-constexpr std::uint64_t most_bytes_for_one_run = 256;
 constexpr std::uint64_t most_bytes_for_one_imploded = 520; // a match of 519 bytes takes at least one
 
 /// Where the bytes of a bitmap come from.
@@ -129,29 +122,29 @@ std::int32_t dpi_of(std::int32_t pixels_per_metre)
     return dpi <= 0 || dpi > greatest_dpi ? assumed_dpi : dpi;
 }
 
+/// What a header of 40 bytes announces, made plausible: other depths are read as 24 bits.
 bool parse_header(std::span<const std::uint8_t> bytes, stored_layout& layout)
 {
     byte_reader in(bytes);
-    if (in.u32le() != info_header_size)
+    const auto stored = dib_header::read(in);
+    if (!stored || stored->size != dib_header::info_size)
         return false;
-    layout.width = in.i32le();
-    layout.height = in.i32le();
-    in.skip(2); // planes
-    layout.bits = in.u16le();
-    layout.compression = in.u32le();
-    layout.data_size = in.u32le();
-    layout.x_dpi = dpi_of(in.i32le());
-    layout.y_dpi = dpi_of(in.i32le());
-    layout.colours = in.u32le();
+    layout.width = stored->width;
+    layout.height = stored->height == 0 ? 1 : wrap_abs(stored->height);
+    layout.top_down = stored->top_down();
+    layout.bits = stored->bits;
+    layout.compression = stored->compression;
+    layout.data_size = stored->image_size;
+    layout.x_dpi = dpi_of(stored->x_pixels_per_metre);
+    layout.y_dpi = dpi_of(stored->y_pixels_per_metre);
+    layout.colours = stored->colours();
 
-    layout.top_down = layout.height < 0;
-    layout.height = layout.height == 0 ? 1 : wrap_abs(layout.height);
     const bool known_depth = layout.bits == 1 || layout.bits == 4 || layout.bits == 8 || layout.masked();
-    if (!known_depth)
+    if (!known_depth) {
         layout.bits = 24;
-    if (layout.bits <= 8 && layout.colours == 0)
-        layout.colours = std::uint32_t{1} << layout.bits;
-    return in.ok() && layout.width > 0 && layout.height > 0;
+        layout.colours = stored->colours_used;
+    }
+    return layout.width > 0 && layout.height > 0;
 }
 
 bool read_masks(byte_source& in, const stored_layout& layout, channel_masks& masks)
@@ -159,13 +152,11 @@ bool read_masks(byte_source& in, const stored_layout& layout, channel_masks& mas
     masks = default_channel_masks(layout.bits);
     if (layout.compression != BI_BITFIELDS || !layout.masked())
         return true;
-    std::array<std::uint8_t, 12> bytes{};
+    std::array<std::uint8_t, channel_masks::stored_size> bytes{};
     if (in.read(bytes.data(), bytes.size()) != bytes.size())
         return false;
     byte_reader fields(bytes);
-    masks.red = fields.u32le();
-    masks.green = fields.u32le();
-    masks.blue = fields.u32le();
+    masks = channel_masks::read(fields);
     return true;
 }
 
@@ -186,17 +177,16 @@ bool read_colours(byte_source& in, const stored_layout& layout, vBUFFER<RGBQUAD>
         = std::min({layout.colours, most_palette_colours, std::uint32_t{1} << layout.bits});
     if (!colours.resize(kept))
         return false;
-    for (std::size_t i = 0; i < kept; ++i)
-        colours[i] = {bytes[4 * i], bytes[4 * i + 1], bytes[4 * i + 2], 0};
-    return true;
+    byte_reader entries(bytes.span());
+    return read_colour_table(entries, bytes_per_colour, colours.span()) == kept;
 }
 
 bool in_proportion(byte_source& in, const stored_layout& layout, std::uint64_t image_bytes)
 {
-    const std::uint64_t factor = in.compressed() ? most_bytes_for_one_imploded
-        : layout.run_lengths()                   ? most_bytes_for_one_run
-                                                 : most_bytes_for_one_raw;
-    return image_bytes <= free_image_bytes || image_bytes / factor <= in.left();
+    return dib_size_is_honest(image_bytes, in.left(),
+        in.compressed()            ? most_bytes_for_one_imploded
+            : layout.run_lengths() ? most_dib_bytes_for_one_run
+                                   : most_dib_bytes_for_one_plain);
 }
 
 void reverse_rows(std::span<std::uint8_t> pixels, std::size_t stride)
@@ -258,7 +248,7 @@ bool read_run_lengths(byte_source& in, const stored_layout& layout, read_bitmap&
 
 bool read_bitmap_from(byte_source& in, read_bitmap& bitmap)
 {
-    std::array<std::uint8_t, info_header_size> bytes{};
+    std::array<std::uint8_t, dib_header::info_size> bytes{};
     stored_layout layout;
     if (in.read(bytes.data(), bytes.size()) != bytes.size() || !parse_header(bytes, layout))
         return false;
@@ -286,10 +276,10 @@ bool read_bitmap_from(byte_source& in, read_bitmap& bitmap)
 void skip_file_header(vSTREAM& stream)
 {
     const std::uint32_t start = stream.CurrentPos();
-    std::array<std::uint8_t, file_header_size> bytes{};
-    const bool found
-        = stream.ReadPlain(bytes.data(), bytes.size()) == bytes.size() && bytes[0] == 'B' && bytes[1] == 'M';
-    if (!found)
+    std::array<std::uint8_t, dib_file_header::stored_size> bytes{};
+    const std::uint32_t read = stream.ReadPlain(bytes.data(), bytes.size());
+    byte_reader in({bytes.data(), read});
+    if (!dib_file_header::read(in))
         stream.MoveFromStart(start);
 }
 
@@ -311,27 +301,18 @@ private:
     int compressed_;
 };
 
-std::array<std::uint8_t, info_header_size> header_bytes(const oDIBHEADER& header)
+dib_header stored_header(const oDIBHEADER& header)
 {
-    std::array<std::uint8_t, info_header_size> bytes{};
-    std::size_t at = 0;
-    const auto put = [&](std::uint32_t value, int width) {
-        for (int i = 0; i < width; ++i)
-            bytes[at++] = static_cast<std::uint8_t>(value >> (8 * i) & 0xFF);
-    };
     const BITMAPINFOHEADER& info = header.info();
-    put(info_header_size, 4);
-    put(static_cast<std::uint32_t>(info.biWidth), 4);
-    put(static_cast<std::uint32_t>(info.biHeight), 4);
-    put(info.biPlanes, 2);
-    put(info.biBitCount, 2);
-    put(BI_RGB, 4);
-    put(info.biSizeImage, 4);
-    put(static_cast<std::uint32_t>(info.biXPelsPerMeter), 4);
-    put(static_cast<std::uint32_t>(info.biYPelsPerMeter), 4);
-    put(layout_of(model_of_bits(info.biBitCount)).colours, 4);
-    put(info.biClrImportant, 4);
-    return bytes;
+    return {.width = info.biWidth,
+        .height = info.biHeight,
+        .planes = info.biPlanes,
+        .bits = info.biBitCount,
+        .image_size = info.biSizeImage,
+        .x_pixels_per_metre = info.biXPelsPerMeter,
+        .y_pixels_per_metre = info.biYPelsPerMeter,
+        .colours_used = layout_of(model_of_bits(info.biBitCount)).colours,
+        .colours_important = info.biClrImportant};
 }
 
 } // namespace
@@ -358,18 +339,15 @@ void write_dib_header(vSTREAM& stream, const oDIBHEADER& header, std::span<const
     {
         // A reader tells a bitmap by the first word of its header.
         const uncompressed_writing plain(stream);
-        const auto bytes = header_bytes(header);
+        const auto bytes = stored_header(header).stored();
         stream.WriteBlock(bytes.data(), bytes.size());
     }
     const std::uint32_t expected = layout_of(model_of_bits(header.ColourDepth())).colours;
     if (expected == 0)
         return;
     std::array<std::uint8_t, most_palette_colours * bytes_per_colour> table{};
-    for (std::size_t i = 0; i < std::min<std::size_t>(expected, colours.size()); ++i) {
-        table[4 * i] = colours[i].rgbBlue;
-        table[4 * i + 1] = colours[i].rgbGreen;
-        table[4 * i + 2] = colours[i].rgbRed;
-    }
+    for (std::size_t i = 0; i < std::min<std::size_t>(expected, colours.size()); ++i)
+        std::ranges::copy(stored_colour(colours[i]), table.begin() + static_cast<std::ptrdiff_t>(4 * i));
     stream.WriteBlock(table.data(), expected * bytes_per_colour);
 }
 

@@ -7,6 +7,7 @@
 #include "klv/filters/gif/gif_encoder.h"
 #include "klv/filters/gif/gif_outside_reader.h"
 #include "klv/filters/raster/imaging_library.h"
+#include "klv/formats/dib_header.h"
 #include "klv/streams/stream.h"
 
 #include <array>
@@ -19,36 +20,22 @@ namespace {
 constexpr format_identity identity{.id = "GIF", .description_resource = 33007, .description = "GIF Bitmap "};
 constexpr int most_colour_bits = 8;
 
-constexpr std::uint32_t bitmap_file_header_size = 14;
-constexpr std::uint32_t info_header_size = 40;
 constexpr std::uint32_t bytes_per_colour = 4;
 
 /// File header, info header and colour table of a Windows bitmap file, which has as many colours as the GIF.
-void put_bitmap_header(const gif_picture& picture, std::uint32_t pixel_bytes, byte_writer& out)
+void write_bitmap_header(const gif_picture& picture, std::uint32_t pixel_bytes, byte_writer& out)
 {
     const std::uint32_t offset
-        = bitmap_file_header_size + info_header_size + bytes_per_colour * picture.colour_count();
-    out.text("BM");
-    out.u32le(offset + pixel_bytes);
-    out.u32le(0);
-    out.u32le(offset);
-    out.u32le(info_header_size);
-    out.u32le(picture.width);
-    out.u32le(picture.height);
-    out.u16le(1);
-    out.u16le(picture.bitmap_bits());
-    out.u32le(BI_RGB);
-    out.u32le(0);
-    out.i32le(picture.horizontal_resolution);
-    out.i32le(picture.vertical_resolution);
-    out.u32le(picture.colour_count());
-    out.u32le(0);
-    for (const RGBQUAD& colour : picture.colours()) {
-        out.u8(colour.rgbBlue);
-        out.u8(colour.rgbGreen);
-        out.u8(colour.rgbRed);
-        out.u8(0);
-    }
+        = dib_file_header::stored_size + dib_header::info_size + bytes_per_colour * picture.colour_count();
+    dib_file_header{offset + pixel_bytes, offset}.write(out);
+    dib_header{.width = picture.width,
+        .height = picture.height,
+        .bits = picture.bitmap_bits(),
+        .x_pixels_per_metre = picture.horizontal_resolution,
+        .y_pixels_per_metre = picture.vertical_resolution,
+        .colours_used = picture.colour_count()}
+        .write(out);
+    write_colour_table(out, picture.colours());
 }
 
 bool write_all(vSTREAM& out, std::span<const std::uint8_t> bytes)
@@ -59,7 +46,7 @@ bool write_all(vSTREAM& out, std::span<const std::uint8_t> bytes)
 oFILTER_STATUS write_bitmap_file(const gif_picture& picture, const oMEMDIB& bitmap, vSTREAM& out)
 try {
     byte_writer header(vMemResource());
-    put_bitmap_header(picture, bitmap.InfoHeader().biSizeImage, header);
+    write_bitmap_header(picture, bitmap.InfoHeader().biSizeImage, header);
     out.MoveFromStart(0);
     bool written = write_all(out, header.span());
     for (std::int32_t line = 0; written && line < bitmap.Height(); ++line)

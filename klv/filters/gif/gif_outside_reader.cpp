@@ -2,6 +2,7 @@
 
 #include "klv/base/byte_reader.h"
 #include "klv/bitmaps/dib.h"
+#include "klv/formats/dib_header.h"
 #include "klv/platform/module_table.h"
 #include "klv/platform/system/global_memory.h"
 #include "klv/streams/stream.h"
@@ -16,7 +17,6 @@ constexpr const char* module_name = "IEPICIMP.DLL";
 constexpr const char* function_name = "ImportGIF";
 using import_function = HGLOBAL (*)(const char* name);
 
-constexpr std::uint32_t info_header_size = 40;
 constexpr std::int32_t assumed_dpi = 150;
 
 /// Gives the stream's file free, for the time of the import.
@@ -49,27 +49,20 @@ HGLOBAL import(HINSTANCE module, vSTREAM& in)
 bool take_packed_bitmap(std::span<const std::uint8_t> block, oDIB& bitmap)
 {
     byte_reader in(block);
-    if (in.u32le() != info_header_size)
+    const auto stored = dib_header::read(in);
+    if (!stored || stored->size != dib_header::info_size)
         return false;
-    const std::int32_t width = in.i32le();
-    const std::int32_t height = in.i32le();
-    in.skip(2); // planes
-    const std::uint16_t bits = in.u16le();
-    in.seek(info_header_size);
-    const oDIBHEADER header(width, height, assumed_dpi, assumed_dpi, model_of_bits(bits));
+    const std::uint16_t bits = stored->bits;
+    const oDIBHEADER header(stored->width, stored->height, assumed_dpi, assumed_dpi, model_of_bits(bits));
     std::array<RGBQUAD, 256> colours{};
     const std::uint16_t count = bits <= 8 ? static_cast<std::uint16_t>(1U << bits) : std::uint16_t{0};
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto entry = in.bytes(4);
-        if (entry.empty())
-            return false;
-        colours[i] = {entry[0], entry[1], entry[2], 0};
-    }
+    if (read_colour_table(in, stored->colour_bytes(), std::span(colours).first(count)) != count)
+        return false;
     const auto pixels = in.bytes(header.Size());
     if (header.ColourDepth() != bits || header.Size() == 0 || !in.ok())
         return false;
     return (count == 0 || bitmap.SetPalette(oDIBPALETTE(colours.data(), count))) && bitmap.SetHeader(header)
-        && bitmap.SetImageLines(pixels.data(), header.ColourModel(), 0, height);
+        && bitmap.SetImageLines(pixels.data(), header.ColourModel(), 0, stored->height);
 }
 
 } // namespace
