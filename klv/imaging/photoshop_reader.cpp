@@ -1,5 +1,5 @@
 #include "klv/base/byte_reader.h"
-#include "klv/imaging/packbits.h"
+#include "klv/formats/packbits.h"
 #include "klv/imaging/photoshop_layout.h"
 #include "klv/imaging/pixel_lines.h"
 #include "klv/imaging/resolution.h"

@@ -1,5 +1,7 @@
 #include "klv/filters/tiff/tiff_packbits.h"
 
+#include "klv/formats/packbits.h"
+
 #include <array>
 #include <cstring>
 
@@ -8,7 +10,6 @@ namespace klv {
 namespace {
 
 constexpr std::size_t longest_packet = 1 + 128;
-constexpr int nothing = -128;
 
 /// Where there is room for it, bytes are written in whole pieces, whose excess the next packet overwrites.
 constexpr std::size_t piece = 16;
@@ -60,20 +61,16 @@ oFILTER_STATUS ReadPackedBits(tiff_cursor& in, std::span<std::uint8_t> row)
         const bool padded = window.size() >= longest_packet + piece;
         // With less than a packet and a piece left, the window is looked at anew.
         do {
-            const int count = static_cast<std::int8_t>(*from++);
-            if (count == nothing)
-                continue;
-            const auto length = static_cast<std::size_t>(count >= 0 ? count + 1 : 1 - count);
-            const std::size_t stored = count >= 0 ? length : 1;
-            if (length > out.room())
+            const auto packet = packbits_packet::of(*from++);
+            if (packet.length > out.room())
                 return oFILTER_UNSUPPORTED;
-            if (static_cast<std::size_t>(end - from) < stored)
+            if (static_cast<std::size_t>(end - from) < packet.stored())
                 return oFILTER_READ_ERROR;
-            if (count >= 0)
-                out.copy(from, length, padded);
+            if (packet.repeats)
+                out.repeat(*from, packet.length);
             else
-                out.repeat(*from, length);
-            from += stored;
+                out.copy(from, packet.length, padded);
+            from += packet.stored();
         } while (out.room() != 0 && end - from >= static_cast<std::ptrdiff_t>(longest_packet + piece));
         in.skip_to(from);
     }

@@ -1,8 +1,8 @@
-#include "klv/imaging/packbits.h"
+#include "klv/formats/packbits.h"
 
 #include <algorithm>
 
-namespace klv::imaging {
+namespace klv {
 
 namespace {
 
@@ -25,21 +25,19 @@ bool unpack_bits(std::span<const std::uint8_t> packed, std::span<std::uint8_t> r
     std::size_t at = 0;
     std::size_t filled = 0;
     while (filled < row.size() && at < packed.size()) {
-        const auto count = static_cast<std::int8_t>(packed[at++]);
-        if (count == INT8_MIN)
-            continue;
-        const auto length = static_cast<std::size_t>(count < 0 ? 1 - count : 1 + count);
-        const std::size_t room = std::min(length, row.size() - filled);
-        if (count < 0) {
+        const auto packet = packbits_packet::of(packed[at++]);
+        const std::size_t room = std::min(packet.length, row.size() - filled);
+        const auto target = row.subspan(filled, room);
+        if (packet.repeats) {
             if (at == packed.size())
                 return false;
-            std::fill_n(row.begin() + static_cast<std::ptrdiff_t>(filled), room, packed[at++]);
+            std::ranges::fill(target, packed[at++]);
         } else {
             const auto bytes = packed.subspan(at, std::min(room, packed.size() - at));
-            std::ranges::copy(bytes, row.begin() + static_cast<std::ptrdiff_t>(filled));
+            std::ranges::copy(bytes, target.begin());
             if (bytes.size() < room)
                 return false;
-            at = std::min(at + length, packed.size());
+            at = std::min(at + packet.length, packed.size());
         }
         filled += room;
     }
@@ -67,4 +65,4 @@ void pack_bits(std::span<const std::uint8_t> row, std::vector<std::uint8_t>& pac
     }
 }
 
-} // namespace klv::imaging
+} // namespace klv
