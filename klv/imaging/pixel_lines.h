@@ -8,12 +8,6 @@
 /// What the codecs do with lines of pixels on their way between a file and a DIB.
 namespace klv::imaging {
 
-/// 0 to 65535 as 0 to 255, to the nearest.
-[[nodiscard]] constexpr std::uint8_t eight_bits_of(std::uint32_t sixteen_bits)
-{
-    return static_cast<std::uint8_t>((sixteen_bits * 255 + 32767) / 65535);
-}
-
 /// a * b where 255 stands for 1, to the nearest.
 [[nodiscard]] constexpr std::uint8_t multiplied(std::uint32_t a, std::uint32_t b)
 {

@@ -62,7 +62,6 @@ vMETAFILE& vMETAFILE::operator=(vMETAFILE& other) noexcept
     physical_height_ = other.physical_height_;
     record_count_ = other.record_count_;
     native_ = other.native_;
-    native_header_ = other.native_header_;
     last_point_ = other.last_point_;
     return *this;
 }

@@ -3,12 +3,10 @@
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
 #include "klv/devices/device.h"
-#include "klv/formats/wmf_records.h"
 #include "klv/streams/stream.h"
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -192,7 +190,6 @@ protected:
     /// Widens the extents by a point.
     void UpdateExtents(int x, int y) noexcept;
     void count_record() noexcept { ++record_count_; }
-    const std::optional<wmf_header>& native_header() const noexcept { return native_header_; }
 
     /// The bitmap to store for a bitmap drawn with this context: the given one, or a new one, which the
     /// caller deletes, when the context turns, cuts, flips or colours it. small limits its longer side to 200
@@ -228,7 +225,6 @@ private:
     std::int32_t physical_height_ = 0;
     std::uint32_t record_count_ = 0;
     int native_ = 0;
-    std::optional<wmf_header> native_header_;
     vPOINT last_point_;
 };
 

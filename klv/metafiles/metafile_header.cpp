@@ -1,5 +1,6 @@
 #include "klv/base/byte_reader.h"
 #include "klv/core/integer_math.h"
+#include "klv/formats/wmf_records.h"
 #include "klv/metafiles/detail/record_stream.h"
 #include "klv/metafiles/metafile.h"
 
@@ -44,7 +45,6 @@ void vMETAFILE::Constructor(vSTREAM& stream) noexcept
     record_count_ = 0;
     status_ = 1;
     native_ = 0;
-    native_header_.reset();
     progress_ = nullptr;
     stream_ = &stream;
 
@@ -133,8 +133,9 @@ void vMETAFILE::read_native_header()
     std::array<std::uint8_t, wmf_header_size> bytes{};
     stream_->ReadPlain(bytes.data(), bytes.size());
     byte_reader in(bytes);
-    wmf_read(in, native_header_.emplace());
-    const std::int32_t rest = native_header_->header_words * 2 - static_cast<std::int32_t>(wmf_header_size);
+    wmf_header header;
+    wmf_read(in, header);
+    const std::int32_t rest = header.header_words * 2 - static_cast<std::int32_t>(wmf_header_size);
     if (rest > 0)
         stream_->MoveFromCur(rest);
 }

@@ -114,8 +114,9 @@ int DivideBezier(fine_point<Coordinate> p0, fine_point<Coordinate> p1, fine_poin
     POINT from = to_pixels(p0);
     int count = 0;
     for (;;) {
-        const curve_chord<Coordinate> chord(p0, curve.p3);
-        if (curve.depth < max_curve_depth && !(chord.allows(curve.p1) && chord.allows(curve.p2))) {
+        const bool straight
+            = IsBezierStraight(p0, curve.p1, curve.p3) && IsBezierStraight(p0, curve.p2, curve.p3);
+        if (curve.depth < max_curve_depth && !straight) {
             const fine p01 = MidPoint(p0, curve.p1);
             const fine p12 = MidPoint(curve.p1, curve.p2);
             const fine p23 = MidPoint(curve.p2, curve.p3);

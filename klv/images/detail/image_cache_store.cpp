@@ -82,19 +82,6 @@ void image_cache_store::remove(std::uint32_t id) noexcept
     });
 }
 
-void image_cache_store::remove_item(const image_cache_item* item) noexcept
-{
-    for (group& each : groups_) {
-        each.items.remove_if([&](const auto& kept) {
-            if (kept.get() != item)
-                return false;
-            forget(*kept);
-            return true;
-        });
-    }
-    groups_.remove_if([](const group& each) { return each.items.empty(); });
-}
-
 void image_cache_store::clear() noexcept
 {
     groups_.clear();

@@ -52,7 +52,6 @@ public:
     /// The group of an image, or null.
     [[nodiscard]] group* find(std::uint32_t id) noexcept;
     void remove(std::uint32_t id) noexcept;
-    void remove_item(const image_cache_item* item) noexcept;
     void clear() noexcept;
 
     [[nodiscard]] std::uint64_t total_bytes() const noexcept { return total_bytes_; }
