@@ -2,6 +2,7 @@
 
 #include "klv/attributes/detail/arrowhead_tables.h"
 #include "klv/attributes/line_spec.h"
+#include "klv/base/angles.h"
 #include "klv/core/integer_math.h"
 
 #include <cmath>
@@ -44,7 +45,7 @@ vSHAPE vARROWHEAD::placed(
     // The outline expects the line from positive x, which is angle 180 of the line's own direction.
     const double direction
         = std::atan2(static_cast<double>(end.y) - from.y, static_cast<double>(end.x) - from.x);
-    result.Rotate(end, 180 - direction * 180 / 3.141592653589793, 1.0);
+    result.Rotate(end, 180 - to_degrees(direction), 1.0);
     return result;
 }
 

@@ -6,7 +6,6 @@
 namespace klv {
 
 inline constexpr double pi = std::numbers::pi;
-inline constexpr double full_turn = 2 * pi; ///< radians
 
 [[nodiscard]] constexpr double to_radians(double degrees) noexcept { return degrees * pi / 180.0; }
 [[nodiscard]] constexpr double to_degrees(double radians) noexcept { return radians * 180.0 / pi; }

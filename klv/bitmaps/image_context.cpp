@@ -1,5 +1,6 @@
 #include "klv/bitmaps/image_context.h"
 
+#include "klv/base/angles.h"
 #include "klv/core/integer_math.h"
 #include "klv/geometry/matrix.h"
 
@@ -9,7 +10,6 @@ namespace klv {
 
 namespace {
 
-constexpr double pi = 3.141592653589793;
 constexpr double full_turn = 360.0;
 
 /// The angle raised by whole turns to 0 or above.
@@ -124,7 +124,7 @@ void oIMGCONTEXT::SetupIDistort(const vRECT* area) noexcept
     }
     if (angle_ != 0) {
         const vPOINT centre = area->Centre();
-        matrix->Rotate(angle_ * pi / 180.0, centre.x, centre.y);
+        matrix->Rotate(to_radians(angle_), centre.x, centre.y);
     }
 }
 

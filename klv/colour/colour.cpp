@@ -1,5 +1,6 @@
 #include "klv/colour/colour.h"
 
+#include "klv/base/muldiv.h"
 #include "klv/colour/pantone/pantone_library.h"
 #include "klv/streams/stream.h"
 
@@ -46,8 +47,7 @@ constexpr int MulDivRound(int a, int b, int c)
         return 0;
     if (c == 0)
         return no_quotient;
-    const int product = a * b;
-    return (product < 0) == (c < 0) ? (product + c / 2) / c : (product - c / 2) / c;
+    return static_cast<int>(mul_div(a, b, c));
 }
 
 /// a * b / c, truncated toward zero.

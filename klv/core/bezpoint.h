@@ -7,15 +7,18 @@
 
 namespace klv {
 
+/// The bits of a point's flag byte.
+namespace point_flags {
+inline constexpr std::uint8_t first = 0x01; ///< first point of a contour
+inline constexpr std::uint8_t last = 0x02; ///< last point of a contour
+inline constexpr std::uint8_t line_to = 0x08; ///< a straight segment starts or ends here
+inline constexpr std::uint8_t curve_to = 0x10; ///< a bezier segment starts here
+inline constexpr std::uint8_t control = 0x20; ///< control point, not on the curve
+} // namespace point_flags
+
 /// A point of a bezier contour and its flags. Bits without an accessor are kept and compared.
 class vBEZPOINT : public vPOINT {
 public:
-    static constexpr std::uint8_t first_flag = 0x01; ///< first point of a contour
-    static constexpr std::uint8_t last_flag = 0x02; ///< last point of a contour
-    static constexpr std::uint8_t line_to_flag = 0x08; ///< a straight segment starts or ends here
-    static constexpr std::uint8_t curve_to_flag = 0x10; ///< a bezier segment starts here
-    static constexpr std::uint8_t control_flag = 0x20; ///< control point, not on the curve
-
     constexpr vBEZPOINT() noexcept = default;
     constexpr vBEZPOINT(const vPOINT& p, std::uint8_t flags) noexcept
         : vPOINT(p)
@@ -29,16 +32,16 @@ public:
     }
 
     /// The getters answer the flag's bit or 0; the setters set it for a nonzero argument, else clear it.
-    [[nodiscard]] constexpr int First() const noexcept { return flags_ & first_flag; }
-    [[nodiscard]] constexpr int Last() const noexcept { return flags_ & last_flag; }
-    [[nodiscard]] constexpr int LineTo() const noexcept { return flags_ & line_to_flag; }
-    [[nodiscard]] constexpr int CurveTo() const noexcept { return flags_ & curve_to_flag; }
-    [[nodiscard]] constexpr int Control() const noexcept { return flags_ & control_flag; }
-    constexpr void First(int on) noexcept { set(first_flag, on); }
-    constexpr void Last(int on) noexcept { set(last_flag, on); }
-    constexpr void LineTo(int on) noexcept { set(line_to_flag, on); }
-    constexpr void CurveTo(int on) noexcept { set(curve_to_flag, on); }
-    constexpr void Control(int on) noexcept { set(control_flag, on); }
+    [[nodiscard]] constexpr int First() const noexcept { return flags_ & point_flags::first; }
+    [[nodiscard]] constexpr int Last() const noexcept { return flags_ & point_flags::last; }
+    [[nodiscard]] constexpr int LineTo() const noexcept { return flags_ & point_flags::line_to; }
+    [[nodiscard]] constexpr int CurveTo() const noexcept { return flags_ & point_flags::curve_to; }
+    [[nodiscard]] constexpr int Control() const noexcept { return flags_ & point_flags::control; }
+    constexpr void First(int on) noexcept { set(point_flags::first, on); }
+    constexpr void Last(int on) noexcept { set(point_flags::last, on); }
+    constexpr void LineTo(int on) noexcept { set(point_flags::line_to, on); }
+    constexpr void CurveTo(int on) noexcept { set(point_flags::curve_to, on); }
+    constexpr void Control(int on) noexcept { set(point_flags::control, on); }
 
     [[nodiscard]] constexpr std::uint8_t GetFlags() const noexcept { return flags_; }
     constexpr void SetFlags(std::uint8_t flags) noexcept { flags_ = flags; }

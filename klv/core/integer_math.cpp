@@ -1,5 +1,7 @@
 #include "klv/core/integer_math.h"
 
+#include "klv/base/angles.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -8,8 +10,6 @@
 namespace klv {
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
 
 // 25600 times the sine of 0 to 90 degrees, rounded.
 constexpr std::array<std::int16_t, 91> sines = {0, 447, 893, 1340, 1786, 2231, 2676, 3120, 3563, 4005, 4445,
@@ -107,7 +107,7 @@ short Sqrt(int n) noexcept
 void PolarToCartesian(
     const vPOINT& centre, const double& radius, const double& angle, double* x, double* y) noexcept
 {
-    const double radians = angle * pi / 180.0;
+    const double radians = to_radians(angle);
     if (x)
         *x = std::cos(radians) * radius + centre.x;
     if (y)
@@ -120,7 +120,7 @@ void CartesianToPolar(
     const double dx = x - centre.x;
     const double dy = y - centre.y;
     if (angle) {
-        *angle = std::atan2(dy, dx) * 180.0 / pi;
+        *angle = to_degrees(std::atan2(dy, dx));
         if (*angle < 0)
             *angle += 360.0;
     }

@@ -1,5 +1,6 @@
 #include "klv/core/point.h"
 
+#include "klv/base/angles.h"
 #include "klv/core/integer_math.h"
 
 #include <cmath>
@@ -42,10 +43,9 @@ std::optional<rotation> quarter_turn(double degrees) noexcept
 
 rotation rotation_by(double degrees) noexcept
 {
-    constexpr double pi = 3.141592653589793;
     if (const auto exact = quarter_turn(degrees))
         return *exact;
-    const double radians = degrees * pi / 180.0;
+    const double radians = to_radians(degrees);
     return {std::sin(radians), std::cos(radians)};
 }
 

@@ -1,16 +1,10 @@
 #include "klv/core/real.h"
 
+#include "klv/base/angles.h"
+
 #include <cmath>
 
 namespace klv {
-
-namespace {
-
-constexpr double pi = 3.141592653589793;
-
-double degrees(double radians) noexcept { return radians * 180.0 / pi; }
-
-} // namespace
 
 vREAL vREAL::operator/(const vREAL& b) const noexcept
 {
@@ -44,11 +38,11 @@ vREAL vREAL::operator/(const vREAL& b) const noexcept
 
 vREAL vREAL::Sqrt() const noexcept { return vREAL(std::sqrt(std::abs(Double()))); }
 
-vANGLE vREAL::aSin() const noexcept { return vANGLE(degrees(std::asin(Double()))); }
-vANGLE vREAL::aCos() const noexcept { return vANGLE(degrees(std::acos(Double()))); }
-vANGLE vREAL::aTan() const noexcept { return vANGLE(degrees(std::atan(Double()))); }
+vANGLE vREAL::aSin() const noexcept { return vANGLE(to_degrees(std::asin(Double()))); }
+vANGLE vREAL::aCos() const noexcept { return vANGLE(to_degrees(std::acos(Double()))); }
+vANGLE vREAL::aTan() const noexcept { return vANGLE(to_degrees(std::atan(Double()))); }
 
-double vANGLE::Radians() const noexcept { return Double() * pi / 180.0; }
+double vANGLE::Radians() const noexcept { return to_radians(Double()); }
 
 vREAL vANGLE::Sin() const noexcept { return vREAL(std::sin(Radians())); }
 vREAL vANGLE::Cos() const noexcept { return vREAL(std::cos(Radians())); }

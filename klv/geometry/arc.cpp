@@ -1,5 +1,8 @@
 #include "klv/geometry/arc.h"
 
+#include "klv/base/angles.h"
+#include "klv/base/saturating.h"
+#include "klv/base/vec2.h"
 #include "klv/core/bezpoint.h"
 #include "klv/geometry/primitive_shapes.h"
 #include "klv/geometry/shape.h"
@@ -9,17 +12,10 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <numbers>
 #include <utility>
 
 namespace klv {
 namespace {
-
-constexpr std::uint8_t flag_first = 0x01;
-constexpr std::uint8_t flag_last = 0x02;
-constexpr std::uint8_t flag_line_to = 0x08;
-constexpr std::uint8_t flag_curve_to = 0x10;
-constexpr std::uint8_t flag_control = 0x20;
 
 // Angles are held in tenths of a degree.
 constexpr int full_turn = 3600;
@@ -43,23 +39,13 @@ int q_atan(std::int64_t x, std::int64_t y)
     return static_cast<int>(std::lower_bound(tangents.begin(), tangents.end(), ratio) - tangents.begin());
 }
 
-struct vector2 {
-    double x = 0;
-    double y = 0;
-};
-
-double cross(const vector2& a, const vector2& b) { return a.x * b.y - a.y * b.x; }
-vector2 to_vector(const vPOINT& p) { return {static_cast<double>(p.x), static_cast<double>(p.y)}; }
-
-int to_int(double v) { return static_cast<int>(std::clamp(v, -2147483648.0, 2147483647.0)); }
-
 // The map between an ellipse with two conjugate radii and a circle about the origin.
 class circle_map {
 public:
     circle_map(const vPOINT& centre, const vPOINT& radius1, const vPOINT& radius2)
-        : centre_(to_vector(centre))
-        , u_(to_vector(radius1))
-        , v_(to_vector(radius2))
+        : centre_(vec2::of(centre))
+        , u_(vec2::of(radius1))
+        , v_(vec2::of(radius2))
     {
         const double r1 = std::floor(std::hypot(u_.x, u_.y));
         const double r2 = std::floor(std::hypot(v_.x, v_.y));
@@ -78,7 +64,7 @@ public:
     // Angle on the circle, tenths of a degree, of a direction from the ellipse's centre.
     int angle_of(const vPOINT& direction) const
     {
-        const auto d = to_vector(direction);
+        const auto d = vec2::of(direction);
         const double area = cross(u_, v_);
         if (area == 0)
             return iatan2(direction.y, direction.x) * 10;
@@ -86,29 +72,28 @@ public:
         const double length = std::max(std::hypot(u_.x, u_.y), std::hypot(v_.x, v_.y));
         const double x = cross(d, v_) / area * length;
         const double y = cross(u_, d) / area * length;
-        return iatan2(to_int(std::round(y)), to_int(std::round(x))) * 10;
+        return iatan2(truncate_saturated(std::round(y)), truncate_saturated(std::round(x))) * 10;
     }
 
-    vPOINT place(const vector2& p) const
+    vPOINT place(const vec2& p) const
     {
         const double fx = p.x / radius_;
         const double fy = p.y / radius_;
-        return vPOINT(to_int(std::round(centre_.x + fx * u_.x + fy * v_.x)),
-            to_int(std::round(centre_.y + fx * u_.y + fy * v_.y)));
+        return vPOINT(truncate_saturated(std::round(centre_.x + fx * u_.x + fy * v_.x)),
+            truncate_saturated(std::round(centre_.y + fx * u_.y + fy * v_.y)));
     }
 
 private:
-    vector2 centre_;
-    vector2 u_;
-    vector2 v_;
+    vec2 centre_;
+    vec2 u_;
+    vec2 v_;
     double radius_ = 0;
 };
 
-double radians(int tenths) { return tenths * std::numbers::pi / 1800; }
-
-vector2 on_circle(double radius, int angle)
+vec2 on_circle(double radius, int angle)
 {
-    return {std::floor(radius * std::cos(radians(angle))), std::floor(radius * std::sin(radians(angle)))};
+    return {std::floor(radius * std::cos(tenths_to_radians(angle))),
+        std::floor(radius * std::sin(tenths_to_radians(angle)))};
 }
 
 // End of the segment that starts at `from`: 45 degrees on, or the quarter that lies strictly nearer to that
@@ -129,24 +114,26 @@ std::uint8_t final_flags(ARCCLOSURE closure)
 {
     switch (closure) {
     case ARC_CHORD:
-        return flag_last | flag_line_to;
+        return point_flags::last | point_flags::line_to;
     case ARC_PIE:
-        return flag_line_to;
+        return point_flags::line_to;
     default:
-        return flag_last;
+        return point_flags::last;
     }
 }
 
 void append_segment(vSHAPE& shape, const circle_map& map, int from, int to)
 {
-    const double half = radians(to - from) / 2;
+    const double half = tenths_to_radians(to - from) / 2;
     const double reach = 4 * map.radius() / 3 * (1 - std::cos(half)) / std::sin(half);
     const auto start = on_circle(map.radius(), from);
     const auto end = on_circle(map.radius(), to);
-    const double a = radians(from);
-    const double b = radians(to);
-    append(shape, map.place({start.x - reach * std::sin(a), start.y + reach * std::cos(a)}), flag_control);
-    append(shape, map.place({end.x + reach * std::sin(b), end.y - reach * std::cos(b)}), flag_control);
+    const double a = tenths_to_radians(from);
+    const double b = tenths_to_radians(to);
+    append(shape, map.place({start.x - reach * std::sin(a), start.y + reach * std::cos(a)}),
+        point_flags::control);
+    append(
+        shape, map.place({end.x + reach * std::sin(b), end.y - reach * std::cos(b)}), point_flags::control);
 }
 
 } // namespace
@@ -180,16 +167,17 @@ void ArcToBez(const vPOINT& centre, const vPOINT& radius1, const vPOINT& radius2
 
     vSHAPE arc;
     const int arc_end = from + span;
-    append(arc, map.place(on_circle(map.radius(), from)), flag_first | flag_curve_to);
+    append(arc, map.place(on_circle(map.radius(), from)), point_flags::first | point_flags::curve_to);
     for (int at = from; at < arc_end;) {
         const int next = segment_end(at, arc_end);
         append_segment(arc, map, at, next);
         const bool last = next == arc_end;
-        append(arc, map.place(on_circle(map.radius(), next)), last ? final_flags(closure) : flag_curve_to);
+        append(arc, map.place(on_circle(map.radius(), next)),
+            last ? final_flags(closure) : point_flags::curve_to);
         at = next;
     }
     if (closure == ARC_PIE)
-        append(arc, centre, flag_last | flag_line_to);
+        append(arc, centre, point_flags::last | point_flags::line_to);
     out = std::move(arc);
 }
 

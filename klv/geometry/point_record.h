@@ -1,5 +1,6 @@
 #pragma once
 
+#include "klv/base/byte_order.h"
 #include "klv/core/bezpoint.h"
 #include "klv/core/point.h"
 
@@ -8,13 +9,8 @@
 
 namespace klv {
 
-/// The flag byte of a point record: the whole values that occur, and its bits.
+/// Whole flag bytes as shapes have them.
 namespace point_flags {
-inline constexpr std::uint8_t first = 0x01;
-inline constexpr std::uint8_t last = 0x02;
-inline constexpr std::uint8_t line_to = 0x08;
-inline constexpr std::uint8_t curve_to = 0x10;
-inline constexpr std::uint8_t control = 0x20;
 inline constexpr std::uint8_t segment = line_to | curve_to;
 
 inline constexpr std::uint8_t start_line = first | line_to; // 9
@@ -65,16 +61,11 @@ private:
     // Compilers make one load or store of these.
     [[nodiscard]] std::int32_t load(std::size_t at) const
     {
-        return static_cast<std::int32_t>(std::uint32_t{bytes_[at]} | std::uint32_t{bytes_[at + 1]} << 8
-            | std::uint32_t{bytes_[at + 2]} << 16 | std::uint32_t{bytes_[at + 3]} << 24);
+        return static_cast<std::int32_t>(load_le<4>(&bytes_[at]));
     }
     void store(std::size_t at, std::int32_t value)
     {
-        const auto v = static_cast<std::uint32_t>(value);
-        bytes_[at] = static_cast<std::uint8_t>(v & 0xFF);
-        bytes_[at + 1] = static_cast<std::uint8_t>(v >> 8 & 0xFF);
-        bytes_[at + 2] = static_cast<std::uint8_t>(v >> 16 & 0xFF);
-        bytes_[at + 3] = static_cast<std::uint8_t>(v >> 24);
+        store_le<4>(&bytes_[at], static_cast<std::uint32_t>(value));
     }
 
     std::array<std::uint8_t, size> bytes_{};

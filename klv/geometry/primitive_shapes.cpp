@@ -1,5 +1,6 @@
 #include "klv/geometry/primitive_shapes.h"
 
+#include "klv/base/angles.h"
 #include "klv/base/wrapping.h"
 #include "klv/core/integer_math.h"
 
@@ -84,7 +85,7 @@ vROUNDRECTSHAPE::vROUNDRECTSHAPE(const vRECT& rect, const vSIZE& corner) noexcep
 
 namespace {
 
-constexpr double turn = 2 * 3.141592653589793;
+constexpr double turn = 2 * pi;
 constexpr unsigned least_corners = 3;
 constexpr unsigned most_corners = 20;
 constexpr int one_to_one = 65536;

@@ -1,4 +1,5 @@
 #include "klv/base/saturating.h"
+#include "klv/base/vec2.h"
 #include "klv/base/wrapping.h"
 #include "klv/geometry/curves/auto_curve.h"
 #include "klv/geometry/shape.h"
@@ -10,30 +11,18 @@ namespace klv {
 
 namespace {
 
-struct vector2 {
-    double x;
-    double y;
-
-    [[nodiscard]] double length() const { return std::hypot(x, y); }
-};
-
-vector2 difference(const vPOINT& a, const vPOINT& b)
-{
-    return {static_cast<double>(a.x) - b.x, static_cast<double>(a.y) - b.y};
-}
-
 // A point of the perpendicular bisector of the chord from p along u; the middle is an integer.
-vector2 chord_middle(const vPOINT& p, const vector2& u)
+vec2 chord_middle(const vPOINT& p, const vec2& u)
 {
     return {p.x + std::trunc((u.x + 1) / 2), p.y + std::trunc((u.y + 1) / 2)};
 }
 
 // The centre of the circle through point, point + u and point + w, which are not in line.
-vector2 circle_centre(const vPOINT& point, const vector2& u, const vector2& w)
+vec2 circle_centre(const vPOINT& point, const vec2& u, const vec2& w)
 {
-    const vector2 m1 = chord_middle(point, u);
-    const vector2 m2 = chord_middle(point, w);
-    vector2 c{};
+    const vec2 m1 = chord_middle(point, u);
+    const vec2 m2 = chord_middle(point, w);
+    vec2 c{};
     if (u.y == 0) {
         c.x = m1.x;
         c.y = m2.y - w.x / w.y * (c.x - m2.x);
@@ -50,7 +39,7 @@ vector2 circle_centre(const vPOINT& point, const vector2& u, const vector2& w)
 }
 
 // The unit vector across the radius r.
-vector2 unit_tangent(const vector2& r)
+vec2 unit_tangent(const vec2& r)
 {
     if (r.y == 0)
         return {0, r.x >= 1 ? 1.0 : -1.0};
@@ -64,21 +53,19 @@ vector2 unit_tangent(const vector2& r)
 
 vPOINT CalculateControlPointVector(const vPOINT& prev, const vPOINT& point, const vPOINT& next) noexcept
 {
-    const vector2 u = difference(prev, point);
-    const vector2 w = difference(next, point);
-    const double turn = u.x * w.y - u.y * w.x;
+    const vec2 u = vec2::between(point, prev);
+    const vec2 w = vec2::between(point, next);
+    const double turn = cross(u, w);
     if (turn == 0) {
-        const vector2 chord = difference(prev, next);
+        const vec2 chord = vec2::between(next, prev);
         return {truncate_saturated(chord.x / 6), truncate_saturated(chord.y / 6)};
     }
-    const double angle = std::acos((u.x * w.x + u.y * w.y) / (u.length() * w.length()));
-    const vector2 centre = circle_centre(point, u, w);
-    const vector2 radius{centre.x - point.x, centre.y - point.y};
-    const double length
-        = (1 - std::fabs(std::cos(angle))) / std::fabs(std::sin(angle)) * radius.length() * 0.5;
-    const vector2 tangent = unit_tangent(radius);
-    const vPOINT v(
-        truncate_saturated(length * tangent.x + 0.5), truncate_saturated(length * tangent.y + 0.5));
+    const double angle = std::acos(dot(u, w) / (length(u) * length(w)));
+    const vec2 centre = circle_centre(point, u, w);
+    const vec2 radius{centre.x - point.x, centre.y - point.y};
+    const double reach = (1 - std::fabs(std::cos(angle))) / std::fabs(std::sin(angle)) * length(radius) * 0.5;
+    const vec2 tangent = unit_tangent(radius);
+    const vPOINT v(truncate_saturated(reach * tangent.x + 0.5), truncate_saturated(reach * tangent.y + 0.5));
     return turn <= 0 ? vPOINT(wrap_neg(v.x), wrap_neg(v.y)) : v;
 }
 

@@ -1,4 +1,5 @@
 #include "klv/base/saturating.h"
+#include "klv/base/vec2.h"
 #include "klv/geometry/planar/exact.h"
 #include "klv/geometry/shape.h"
 
@@ -7,11 +8,6 @@
 namespace klv {
 
 namespace {
-
-struct location {
-    double x;
-    double y;
-};
 
 // An edge of a convex polygon, and how far from it the line lies that it moves to.
 class moved_edge {
@@ -22,14 +18,14 @@ public:
     {
         // The point of the ellipse around 0 where its tangent runs along the edge, on the outer side.
         const double reach = std::hypot(dx * along_.y, dy * along_.x);
-        const location touch = reach > 0
-            ? location{outward * dx * dx * along_.y / reach, -outward * dy * dy * along_.x / reach}
-            : location{0, 0};
+        const vec2 touch = reach > 0
+            ? vec2{outward * dx * dx * along_.y / reach, -outward * dy * dy * along_.x / reach}
+            : vec2{0, 0};
         start_ = {from.x + touch.x, from.y + touch.y};
     }
 
     /// Where the two lines cross; for lines side by side, where this one's edge has moved its start.
-    [[nodiscard]] location cross(const moved_edge& before) const
+    [[nodiscard]] vec2 cross(const moved_edge& before) const
     {
         const double turn = before.along_.x * along_.y - before.along_.y * along_.x;
         if (turn == 0)
@@ -41,8 +37,8 @@ public:
     }
 
 private:
-    location along_;
-    location start_;
+    vec2 along_;
+    vec2 start_;
 };
 
 } // namespace
@@ -74,7 +70,7 @@ int vSHAPE::Expand(unsigned int dx, unsigned int dy) noexcept
     moved_edge before = moved(last);
     for (std::size_t i = 0; i < n; ++i) {
         const moved_edge after = moved(i);
-        const location vertex = after.cross(before);
+        const vec2 vertex = after.cross(before);
         result.points_.data()[i]
             = point_record({round_saturated(vertex.x), round_saturated(vertex.y)}, records_[i].flags());
         if (edge_at(i).x != 0 || edge_at(i).y != 0)

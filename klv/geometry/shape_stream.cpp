@@ -1,3 +1,4 @@
+#include "klv/base/byte_order.h"
 #include "klv/geometry/shape.h"
 #include "klv/streams/compression/compression_frame.h"
 #include "klv/streams/stream.h"
@@ -5,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace klv {
 
@@ -13,10 +15,10 @@ namespace klv {
 namespace {
 
 constexpr std::size_t header_size = 4 * 4 + 2 + 2 + 4;
-void put(std::uint8_t*& out, std::uint32_t value, int bytes)
+
+template <std::size_t Width> void put(std::uint8_t*& out, std::uint32_t value)
 {
-    for (int i = 0; i < bytes; ++i, value >>= 8)
-        *out++ = static_cast<std::uint8_t>(value & 0xFF);
+    store_le<Width>(std::exchange(out, out + Width), value);
 }
 
 // Records that were written compressed lie in a frame and can't be used in place.
@@ -35,10 +37,10 @@ vSTREAM& vSHAPE::operator>>(vSTREAM& out) const noexcept
     std::array<std::uint8_t, header_size + small> bytes;
     std::uint8_t* end = bytes.data();
     for (const int edge : {box_.Left(), box_.Top(), box_.Right(), box_.Bottom()})
-        put(end, static_cast<std::uint32_t>(edge), 4);
-    put(end, count_, 2);
-    put(end, capacity_, 2);
-    put(end, static_cast<std::uint32_t>(closed_), 4);
+        put<4>(end, static_cast<std::uint32_t>(edge));
+    put<2>(end, count_);
+    put<2>(end, capacity_);
+    put<4>(end, static_cast<std::uint32_t>(closed_));
 
     const auto block = std::as_bytes(records());
     const auto block_size = static_cast<std::uint32_t>(block.size());

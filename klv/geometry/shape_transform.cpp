@@ -1,3 +1,4 @@
+#include "klv/base/angles.h"
 #include "klv/base/wrapping.h"
 #include "klv/geometry/distort.h"
 #include "klv/geometry/matrix.h"
@@ -10,8 +11,6 @@
 namespace klv {
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
 
 // [0, 360); NaN and infinities turn nothing.
 double whole_turns_removed(double degrees)
@@ -29,7 +28,7 @@ std::int32_t scaled(std::int32_t coordinate, double factor) { return truncate_wr
 // x becomes x cos + y sin, y becomes -x sin + y cos, about the centre.
 oMATRIX rotation(const vPOINT& centre, double degrees)
 {
-    const double angle = static_cast<double>(static_cast<float>(degrees)) * pi / 180.0;
+    const double angle = to_radians(static_cast<double>(static_cast<float>(degrees)));
     const double c = std::cos(angle);
     const double s = std::sin(angle);
     oMATRIX matrix;

@@ -123,9 +123,9 @@ TEST(Rect, PercentagesGoBothWays)
 
 TEST(Rect, EncompassesOnlyCurves)
 {
-    const vBEZPOINT p0({0, 0}, vBEZPOINT::curve_to_flag);
-    const vBEZPOINT p1({0, 100}, vBEZPOINT::control_flag);
-    const vBEZPOINT p2({100, 100}, vBEZPOINT::control_flag);
+    const vBEZPOINT p0({0, 0}, point_flags::curve_to);
+    const vBEZPOINT p1({0, 100}, point_flags::control);
+    const vBEZPOINT p2({100, 100}, point_flags::control);
     const vBEZPOINT p3({100, 0}, 0);
 
     vRECT r(0, 0, 0, 0);

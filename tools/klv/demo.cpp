@@ -1,3 +1,4 @@
+#include "klv/base/angles.h"
 #include "klv/geometry/arc.h"
 #include "klv/geometry/primitive_shapes.h"
 
@@ -8,7 +9,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <numbers>
 #include <utility>
 
 // The demonstration picture: one page, recorded through the drawing interface as an application would.
@@ -114,7 +114,7 @@ void draw_wave(vMETAFILE& picture, int left, int middle)
     std::array<vPOINT, 300> points;
     for (std::size_t i = 0; i < points.size(); ++i) {
         const double t = static_cast<double>(i) / points.size();
-        const double y = std::sin(t * 6 * std::numbers::pi) * 500 + std::sin(t * 26 * std::numbers::pi) * 180;
+        const double y = std::sin(t * 6 * pi) * 500 + std::sin(t * 26 * pi) * 180;
         points[i] = vPOINT(left + static_cast<int>(t * 18200), middle + static_cast<int>(y));
     }
     picture.LineSpec(line(vLINE_SOLID, red, 50));
@@ -182,7 +182,7 @@ void draw_smoothed(vMETAFILE& picture, int left, int top)
     constexpr int shake = 30;
     std::array<vPOINT, 41> points;
     for (std::size_t i = 0; i < points.size(); ++i) { // the last is the first
-        const double angle = static_cast<double>(i) / (points.size() - 1) * 2 * std::numbers::pi;
+        const double angle = static_cast<double>(i) / (points.size() - 1) * 2 * pi;
         const double r = 1080 - 170 * std::sin(3 * angle) + (i % 2 == 0 ? shake : -shake);
         points[i] = vPOINT(left + static_cast<int>(middle + r * std::cos(angle)),
             top + static_cast<int>(middle + r * std::sin(angle)));

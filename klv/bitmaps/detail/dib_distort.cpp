@@ -1,5 +1,6 @@
 #include "klv/bitmaps/detail/dib_distort.h"
 
+#include "klv/base/vec2.h"
 #include "klv/bitmaps/pixels/colour_matcher.h"
 #include "klv/bitmaps/pixels/triangle_renderer.h"
 #include "klv/bitmaps/tile_info.h"
@@ -19,11 +20,6 @@ constexpr int subdivision_depth = 4;
 constexpr double greatest_side = 32768;
 constexpr double greatest_area = 1 << 25; ///< pixels
 
-struct place {
-    double x;
-    double y;
-};
-
 /// From the unit square of the source part to pixels of the result.
 class quad_mapping {
 public:
@@ -36,7 +32,7 @@ public:
 
     [[nodiscard]] bool linear() const { return linear_; }
     /// In the units of the distorted destination.
-    [[nodiscard]] place distorted(double u, double v) const
+    [[nodiscard]] vec2 distorted(double u, double v) const
     {
         const double x
             = destination_.Left() + u * (static_cast<double>(destination_.Right()) - destination_.Left());
@@ -77,7 +73,7 @@ public:
 
     [[nodiscard]] texture_vertex vertex(double u, double v) const
     {
-        const place at = distorted(u, v);
+        const vec2 at = distorted(u, v);
         return {(at.x - left_) * width_ / (right_ - left_), (at.y - top_) * height_ / (bottom_ - top_), u, v};
     }
 
@@ -85,12 +81,12 @@ private:
     void find_bounds()
     {
         const int steps = linear_ ? 1 : 1 << subdivision_depth;
-        const place first = distorted(0, 0);
+        const vec2 first = distorted(0, 0);
         left_ = right_ = first.x;
         top_ = bottom_ = first.y;
         for (int i = 0; i <= steps; ++i) {
             for (int j = 0; j <= steps; ++j) {
-                const place at = distorted(static_cast<double>(i) / steps, static_cast<double>(j) / steps);
+                const vec2 at = distorted(static_cast<double>(i) / steps, static_cast<double>(j) / steps);
                 left_ = std::min(left_, at.x);
                 right_ = std::max(right_, at.x);
                 top_ = std::min(top_, at.y);

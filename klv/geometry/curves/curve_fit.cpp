@@ -1,5 +1,6 @@
 #include "klv/geometry/curves/curve_fit.h"
 
+#include "klv/base/vec2.h"
 #include "klv/base/wrapping.h"
 #include "klv/core/rect.h"
 #include "klv/geometry/point_record.h"
@@ -17,21 +18,9 @@ namespace klv {
 
 namespace {
 
-struct vec {
-    double x = 0;
-    double y = 0;
+vPOINT to_point(vec2 v) { return {round_wrapped(v.x), round_wrapped(v.y)}; }
 
-    friend vec operator+(vec a, vec b) { return {a.x + b.x, a.y + b.y}; }
-    friend vec operator-(vec a, vec b) { return {a.x - b.x, a.y - b.y}; }
-    friend vec operator*(vec a, double f) { return {a.x * f, a.y * f}; }
-    [[nodiscard]] double dot(vec b) const { return x * b.x + y * b.y; }
-    [[nodiscard]] double length() const { return std::hypot(x, y); }
-};
-
-vec to_vec(const vPOINT& p) { return {static_cast<double>(p.x), static_cast<double>(p.y)}; }
-vPOINT to_point(vec v) { return {round_wrapped(v.x), round_wrapped(v.y)}; }
-
-using cubic = std::array<vec, 4>;
+using cubic = std::array<vec2, 4>;
 
 // The weights of the four points of a cubic at t.
 std::array<double, 4> bernstein(double t)
@@ -40,22 +29,22 @@ std::array<double, 4> bernstein(double t)
     return {u * u * u, 3 * t * u * u, 3 * t * t * u, t * t * t};
 }
 
-vec at(const cubic& c, double t)
+vec2 at(const cubic& c, double t)
 {
     const auto w = bernstein(t);
     return c[0] * w[0] + c[1] * w[1] + c[2] * w[2] + c[3] * w[3];
 }
 
 // One Newton step from t toward the place of the curve nearest to p.
-double nearer_parameter(const cubic& c, const vec& p, double t)
+double nearer_parameter(const cubic& c, const vec2& p, double t)
 {
     const double u = 1 - t;
-    const vec d0 = c[1] - c[0], d1 = c[2] - c[1], d2 = c[3] - c[2];
-    const vec first = (d0 * (u * u) + d1 * (2 * t * u) + d2 * (t * t)) * 3;
-    const vec second = ((d1 - d0) * u + (d2 - d1) * t) * 6;
-    const vec error = at(c, t) - p;
-    const double slope = first.dot(first) + error.dot(second);
-    return slope == 0 ? t : std::clamp(t - error.dot(first) / slope, 0.0, 1.0);
+    const vec2 d0 = c[1] - c[0], d1 = c[2] - c[1], d2 = c[3] - c[2];
+    const vec2 first = (d0 * (u * u) + d1 * (2 * t * u) + d2 * (t * t)) * 3;
+    const vec2 second = ((d1 - d0) * u + (d2 - d1) * t) * 6;
+    const vec2 error = at(c, t) - p;
+    const double slope = dot(first, first) + dot(error, second);
+    return slope == 0 ? t : std::clamp(t - dot(error, first) / slope, 0.0, 1.0);
 }
 
 class fitter {
@@ -76,7 +65,7 @@ private:
     [[nodiscard]] bool share_out_parameters(std::size_t first, std::size_t last);
     [[nodiscard]] cubic least_squares(std::size_t first, std::size_t last) const;
     [[nodiscard]] double error_of(const cubic& c, std::size_t first) const;
-    [[nodiscard]] vec tangent(std::size_t i) const;
+    [[nodiscard]] vec2 tangent(std::size_t i) const;
     void line_to(const vPOINT& p);
     void curve_to(const cubic& c, const vPOINT& p);
     void leave_by(std::uint8_t segment);
@@ -109,11 +98,11 @@ void fitter::run()
 bool fitter::run_goes_on(std::size_t i) const
 {
     constexpr double longest_edge = 32767;
-    const vec in = to_vec(points_[i]) - to_vec(points_[i - 1]);
-    const vec out = to_vec(points_[i + 1]) - to_vec(points_[i]);
-    const double lengths = in.length() * out.length();
-    return in.dot(out) > 0 && 2 * in.dot(out) >= lengths && in.length() <= longest_edge
-        && out.length() <= longest_edge;
+    const vec2 in = vec2::of(points_[i]) - vec2::of(points_[i - 1]);
+    const vec2 out = vec2::of(points_[i + 1]) - vec2::of(points_[i]);
+    const double lengths = length(in) * length(out);
+    return dot(in, out) > 0 && 2 * dot(in, out) >= lengths && length(in) <= longest_edge
+        && length(out) <= longest_edge;
 }
 
 void fitter::fit(std::size_t first, std::size_t last)
@@ -135,18 +124,18 @@ void fitter::fit(std::size_t first, std::size_t last)
 }
 
 // The sum of the chords around point i, near ones counting more; inside a run, whose ends are corners.
-vec fitter::tangent(std::size_t i) const
+vec2 fitter::tangent(std::size_t i) const
 {
     constexpr std::array<double, 3> weights{4, 2, 1};
-    vec sum;
+    vec2 sum;
     for (std::size_t k = 0; k < weights.size(); ++k) {
         if (i + k + 1 <= run_last_)
-            sum = sum + (to_vec(points_[i + k + 1]) - to_vec(points_[i + k])) * weights[k];
+            sum = sum + (vec2::of(points_[i + k + 1]) - vec2::of(points_[i + k])) * weights[k];
         if (i >= run_first_ + k + 1)
-            sum = sum + (to_vec(points_[i - k]) - to_vec(points_[i - k - 1])) * weights[k];
+            sum = sum + (vec2::of(points_[i - k]) - vec2::of(points_[i - k - 1])) * weights[k];
     }
-    const double length = sum.length();
-    return length > 0 ? sum * (1 / length) : vec{};
+    const double size = length(sum);
+    return size > 0 ? sum * (1 / size) : vec2{};
 }
 
 // The curve of a few rounds that follows its points within the tolerances; nothing when none does.
@@ -164,7 +153,7 @@ std::optional<cubic> fitter::fit_one(std::size_t first, std::size_t last)
         if (!(error <= hopeless))
             return std::nullopt;
         for (std::size_t i = 0; i < parameters_.size(); ++i)
-            parameters_[i] = nearer_parameter(curve, to_vec(points_[first + i]), parameters_[i]);
+            parameters_[i] = nearer_parameter(curve, vec2::of(points_[first + i]), parameters_[i]);
     }
     return std::nullopt;
 }
@@ -175,7 +164,7 @@ bool fitter::share_out_parameters(std::size_t first, std::size_t last)
     auto& t = parameters_;
     t.assign(1, 0.0);
     for (std::size_t i = first + 1; i <= last; ++i)
-        t.push_back(t.back() + (to_vec(points_[i]) - to_vec(points_[i - 1])).length());
+        t.push_back(t.back() + length(vec2::of(points_[i]) - vec2::of(points_[i - 1])));
     length_ = t.back();
     if (!(length_ > 0))
         return false;
@@ -186,24 +175,24 @@ bool fitter::share_out_parameters(std::size_t first, std::size_t last)
 
 cubic fitter::least_squares(std::size_t first, std::size_t last) const
 {
-    const vec start = to_vec(points_[first]);
-    const vec end = to_vec(points_[last]);
-    const vec out = tangent(first);
-    const vec in = tangent(last) * -1;
+    const vec2 start = vec2::of(points_[first]);
+    const vec2 end = vec2::of(points_[last]);
+    const vec2 out = tangent(first);
+    const vec2 in = tangent(last) * -1;
     double c00 = 0, c01 = 0, c11 = 0, x0 = 0, x1 = 0;
     for (std::size_t i = 0; i < parameters_.size(); ++i) {
         const auto w = bernstein(parameters_[i]);
-        const vec a0 = out * w[1];
-        const vec a1 = in * w[2];
-        const vec rest = to_vec(points_[first + i]) - start * (w[0] + w[1]) - end * (w[2] + w[3]);
-        c00 += a0.dot(a0);
-        c01 += a0.dot(a1);
-        c11 += a1.dot(a1);
-        x0 += a0.dot(rest);
-        x1 += a1.dot(rest);
+        const vec2 a0 = out * w[1];
+        const vec2 a1 = in * w[2];
+        const vec2 rest = vec2::of(points_[first + i]) - start * (w[0] + w[1]) - end * (w[2] + w[3]);
+        c00 += dot(a0, a0);
+        c01 += dot(a0, a1);
+        c11 += dot(a1, a1);
+        x0 += dot(a0, rest);
+        x1 += dot(a1, rest);
     }
     const double det = c00 * c11 - c01 * c01;
-    const double chord = (end - start).length();
+    const double chord = length(end - start);
     const double least = 1e-6 * chord;
     const auto usable = [&](double at_start, double at_end) {
         return at_start > least && at_end > least && at_start + at_end <= length_;
@@ -224,8 +213,8 @@ double fitter::error_of(const cubic& c, std::size_t first) const
 {
     double sum = 0, greatest = 0;
     for (std::size_t i = 0; i < parameters_.size(); ++i) {
-        const vec error = at(c, parameters_[i]) - to_vec(points_[first + i]);
-        const double square = error.dot(error);
+        const vec2 error = at(c, parameters_[i]) - vec2::of(points_[first + i]);
+        const double square = dot(error, error);
         sum += square;
         greatest = std::max(greatest, square);
     }

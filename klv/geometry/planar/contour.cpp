@@ -1,11 +1,12 @@
 #include "klv/geometry/planar/contour.h"
 
+#include "klv/base/angles.h"
+#include "klv/base/vec2.h"
 #include "klv/base/wrapping.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <numbers>
 
 namespace klv {
 
@@ -30,7 +31,7 @@ std::int32_t ContourArea(std::span<const POINT> contour, bool absolute_terms) no
 int EdgeAngle(const POINT& from, const POINT& to) noexcept
 {
     const double radians = std::atan2(static_cast<double>(to.y) - from.y, static_cast<double>(to.x) - from.x);
-    const double hundredths = std::round(radians * 180.0 / std::numbers::pi * 100.0);
+    const double hundredths = std::round(to_degrees(radians) * 100.0);
     return static_cast<int>(std::round(hundredths / 100.0));
 }
 
@@ -53,11 +54,6 @@ bool near(const POINT& a, const POINT& b)
     return std::abs(std::int64_t{a.x} - b.x) <= distance && std::abs(std::int64_t{a.y} - b.y) <= distance;
 }
 
-struct sample {
-    double x;
-    double y;
-};
-
 // A corner whose triangle lies inside the contour and is neither too sharp, too flat nor too small to be
 // trusted.
 bool is_sound_corner(const POINT& prev, const POINT& p, const POINT& next, vWINDING_DIRECTION direction)
@@ -70,7 +66,7 @@ bool is_sound_corner(const POINT& prev, const POINT& p, const POINT& next, vWIND
 
 // From the corner a little way toward the middle of its triangle: inside the contour, and not yet inside
 // another contour that may lie close by.
-sample inner_side(const POINT& prev, const POINT& p, const POINT& next)
+vec2 inner_side(const POINT& prev, const POINT& p, const POINT& next)
 {
     constexpr double little = 1.0 / 1024;
     const double x = (static_cast<double>(prev.x) + p.x + next.x) / 3;
@@ -80,7 +76,7 @@ sample inner_side(const POINT& prev, const POINT& p, const POINT& next)
 
 // A point just inside the contour: at its first sound corner, else, on smooth or tiny contours, at the one
 // with the largest triangle.
-sample inner_point(std::span<const POINT> contour)
+vec2 inner_point(std::span<const POINT> contour)
 {
     const auto turns = ContourDirection(contour);
     const auto direction = turns == vWINDING_NONE ? vWINDING_ANTICLOCKWISE : turns;
@@ -102,7 +98,7 @@ sample inner_point(std::span<const POINT> contour)
         contour[(best == 0 ? n : best) - 1], contour[best], contour[best + 1 == n ? 0 : best + 1]);
 }
 
-bool crosses_left_of(const POINT& a, const POINT& b, const sample& p)
+bool crosses_left_of(const POINT& a, const POINT& b, const vec2& p)
 {
     const bool spans = (a.y >= p.y && p.y > b.y) || (a.y < p.y && p.y <= b.y);
     if (!spans)
@@ -129,7 +125,7 @@ void ReverseContour(std::span<POINT> contour) noexcept { std::ranges::reverse(co
 
 namespace {
 
-bool is_inside(std::span<const POINT> points, std::span<const int> counts, const sample& p)
+bool is_inside(std::span<const POINT> points, std::span<const int> counts, const vec2& p)
 {
     bool inside = false;
     std::size_t at = 0;

@@ -1,35 +1,25 @@
 #include "klv/geometry/planar/contour_index.h"
 
+#include "klv/base/vec2.h"
+
 #include <algorithm>
 
 namespace klv {
 
 namespace {
 
-struct vec {
-    double x;
-    double y;
-
-    static vec between(const POINT& from, const POINT& to)
-    {
-        return {static_cast<double>(to.x) - from.x, static_cast<double>(to.y) - from.y};
-    }
-    [[nodiscard]] double dot(const vec& o) const { return x * o.x + y * o.y; }
-    [[nodiscard]] double cross(const vec& o) const { return x * o.y - y * o.x; }
-};
-
 bool edge_is_closer(const POINT& a, const POINT& b, const POINT& p, double square)
 {
-    const vec edge = vec::between(a, b), from_a = vec::between(a, p);
-    const double along = edge.dot(from_a);
+    const vec2 edge = vec2::between(a, b), from_a = vec2::between(a, p);
+    const double along = dot(edge, from_a);
     if (along <= 0)
-        return from_a.dot(from_a) < square;
-    const double length = edge.dot(edge);
+        return dot(from_a, from_a) < square;
+    const double length = dot(edge, edge);
     if (along >= length) {
-        const vec from_b = vec::between(b, p);
-        return from_b.dot(from_b) < square;
+        const vec2 from_b = vec2::between(b, p);
+        return dot(from_b, from_b) < square;
     }
-    const double area = edge.cross(from_a);
+    const double area = cross(edge, from_a);
     return area * area < square * length;
 }
 

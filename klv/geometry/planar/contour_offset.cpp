@@ -1,5 +1,6 @@
 #include "klv/geometry/planar/contour_offset.h"
 
+#include "klv/base/saturating.h"
 #include "klv/geometry/planar/contour.h"
 #include "klv/geometry/planar/contour_index.h"
 #include "klv/geometry/planar/crossings.h"
@@ -12,15 +13,10 @@ namespace klv {
 
 namespace {
 
-std::int32_t limited(std::int64_t v)
-{
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX));
-}
-
 std::int32_t divided(std::int32_t v, std::int64_t divisor)
 {
     const std::int64_t half = v < 0 ? -divisor / 2 : divisor / 2;
-    return limited((v + half) / divisor);
+    return saturated((v + half) / divisor);
 }
 
 bool crosses_itself(std::span<const POINT> contour)
@@ -38,7 +34,7 @@ void RescalePolyPolygon(std::span<POINT> points, int shift) noexcept
     const std::int64_t factor = std::int64_t{1} << std::abs(shift);
     for (POINT& p : points) {
         if (shift >= 0)
-            p = {limited(p.x * factor), limited(p.y * factor)};
+            p = {saturated(p.x * factor), saturated(p.y * factor)};
         else
             p = {divided(p.x, factor), divided(p.y, factor)};
     }

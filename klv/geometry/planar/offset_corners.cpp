@@ -12,8 +12,6 @@ namespace klv {
 
 namespace {
 
-constexpr int sine_unit = 25600; // of Sin
-
 std::int32_t integer_length(const offset& v)
 {
     return truncate_saturated(std::sqrt(static_cast<double>(dot(v, v))));
@@ -56,9 +54,9 @@ bool CutoffSpike(
     const std::int32_t la = integer_length(offset::between(prev, v));
     const std::int32_t lb = integer_length(offset::between(next, v));
     const auto sine = [](int degrees) { return Sin(static_cast<short>(degrees)); };
-    const std::int32_t reach = d < 0
-        ? 0
-        : MulDiv(MulDiv(std::min(la, lb), sine(angle / 2), sine_unit), sine((360 - angle) / 2), sine_unit);
+    const std::int32_t reach = d < 0 ? 0
+                                     : MulDiv(MulDiv(std::min(la, lb), sine(angle / 2), trigonometric_scale),
+                                         sine((360 - angle) / 2), trigonometric_scale);
     if (d != always && d <= reach)
         return false;
 

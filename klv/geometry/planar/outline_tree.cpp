@@ -89,7 +89,7 @@ std::uint8_t heading_of(const offset& edge)
 
 void outline_tree::add_run_node(const run& r)
 {
-    std::array<location, edges_in_run + 1> covered;
+    std::array<vec2, edges_in_run + 1> covered;
     spread edges;
     std::uint8_t heading = 0xFF;
     edge_box box = edge_box::of(outline_[r.first], outline_[r.first]);
@@ -114,7 +114,7 @@ void outline_tree::add_parent(std::uint32_t l, std::uint32_t i)
     const level& below = levels_[l - 1];
     const std::uint32_t left = below.first + 2 * i,
                         right = below.first + std::min(2 * i + 1, below.count - 1);
-    std::array<location, 8> covered;
+    std::array<vec2, 8> covered;
     for (std::size_t c = 0; c < 4; ++c) {
         covered[c] = slabs_[left].corner(c);
         covered[c + 4] = slabs_[right].corner(c);
@@ -125,7 +125,7 @@ void outline_tree::add_parent(std::uint32_t l, std::uint32_t i)
 }
 
 void outline_tree::add_node(
-    const edge_box& box, const spread& edges, std::uint8_t heading, std::span<const location> covered)
+    const edge_box& box, const spread& edges, std::uint8_t heading, std::span<const vec2> covered)
 {
     // Numbers here have rounding errors of less than a thousandth of a unit.
     constexpr double slack = 0.01;
@@ -142,9 +142,9 @@ void outline_tree::add_node(
     if (r > worth_a_tilt * (edges.xx + edges.yy)) {
         const double larger = std::sqrt((1 + std::abs(p) / r) / 2);
         const double smaller = q / (2 * r * larger);
-        const location u = p >= 0 ? location{larger, smaller} : location{smaller, larger};
+        const vec2 u = p >= 0 ? vec2{larger, smaller} : vec2{smaller, larger};
         double from = 1e300, to = -1e300, low = 1e300, high = -1e300;
-        for (const location& c : covered) {
+        for (const vec2& c : covered) {
             const double length = (c.x - s.middle.x) * u.x + (c.y - s.middle.y) * u.y;
             const double across = (c.y - s.middle.y) * u.x - (c.x - s.middle.x) * u.y;
             from = std::min(from, length);
@@ -164,7 +164,7 @@ void outline_tree::add_node(
     spreads_.push_back(edges);
 }
 
-outline_tree::location outline_tree::slab::corner(std::size_t i) const
+vec2 outline_tree::slab::corner(std::size_t i) const
 {
     const double l = i & 1 ? half_length : -half_length, w = i & 2 ? half_width : -half_width;
     return {middle.x + l * along.x - w * along.y, middle.y + l * along.y + w * along.x};

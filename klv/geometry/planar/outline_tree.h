@@ -1,6 +1,7 @@
 #pragma once
 
 #include "klv/base/types.h"
+#include "klv/base/vec2.h"
 #include "klv/geometry/planar/edge_outline.h"
 
 #include <algorithm>
@@ -68,20 +69,16 @@ public:
     }
 
 private:
-    struct location {
-        double x;
-        double y;
-    };
     // A rectangle at any angle: its middle, a unit vector along it, half its extents.
     struct slab {
-        location middle;
-        location along;
+        vec2 middle;
+        vec2 along;
         double half_length;
         double half_width;
         bool tilted; // and worth asking: much smaller than the upright box
 
         [[nodiscard]] bool apart_by_own_sides(const slab& o) const;
-        [[nodiscard]] location corner(std::size_t i) const;
+        [[nodiscard]] vec2 corner(std::size_t i) const;
     };
     // Sums over edge vectors; their main direction follows.
     struct spread {
@@ -98,7 +95,7 @@ private:
     void add_run_node(const run& r);
     void add_parent(std::uint32_t l, std::uint32_t i);
     void add_node(
-        const edge_box& box, const spread& edges, std::uint8_t heading, std::span<const location> covered);
+        const edge_box& box, const spread& edges, std::uint8_t heading, std::span<const vec2> covered);
 
     [[nodiscard]] bool apart(std::uint32_t a, std::uint32_t b) const
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "klv/base/byte_order.h"
 #include "klv/core/point.h"
 #include "klv/core/rect.h"
 #include "klv/streams/stream.h"
@@ -49,8 +50,7 @@ private:
     {
         if (used_ + Width > bytes_.size())
             flush();
-        for (std::size_t i = 0; i < Width; ++i)
-            bytes_[used_ + i] = static_cast<std::uint8_t>(v >> (8 * i) & 0xFF);
+        store_le<Width>(&bytes_[used_], v);
         used_ += Width;
     }
     void flush()
