@@ -145,17 +145,8 @@ struct dib_file_header {
     void write(byte_writer& out) const;
 };
 
-/// How far a header may promise more than its file holds: a picture that was cut off still shows what is
-/// there, but a few bytes can't claim a gigabyte. An image of at most a mebibyte is always believed.
-/// \param most_for_one how many bytes one stored byte can become at most
-[[nodiscard]] constexpr bool dib_size_is_honest(
-    std::uint64_t image_bytes, std::uint64_t stored_bytes, std::uint64_t most_for_one) noexcept
-{
-    constexpr std::uint64_t free_bytes = 1 << 20;
-    return image_bytes <= free_bytes || image_bytes / most_for_one <= stored_bytes;
-}
-/// Rows as they are may lack half; a run is two bytes for 255 pixels.
-inline constexpr std::uint64_t most_dib_bytes_for_one_plain = 2;
-inline constexpr std::uint64_t most_dib_bytes_for_one_run = 256;
+/// What one stored byte can become (see believable_size.h).
+inline constexpr std::uint64_t most_dib_bytes_for_one_plain = 2; ///< half of the rows may be missing
+inline constexpr std::uint64_t most_dib_bytes_for_one_run = 256; ///< a run of 255 pixels takes two
 
 } // namespace klv

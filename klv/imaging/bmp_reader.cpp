@@ -1,4 +1,5 @@
 #include "klv/base/byte_reader.h"
+#include "klv/formats/believable_size.h"
 #include "klv/formats/dib_decode.h"
 #include "klv/imaging/bmp_layout.h"
 #include "klv/imaging/memory_file.h"
@@ -121,7 +122,7 @@ imaging_result parse_layout(std::span<const std::uint8_t> head, std::uint32_t fi
         return imaging_ok;
     }
     place_colours_and_pixels(found, in.position(), file->pixel_offset, file_size);
-    return dib_size_is_honest(header->plain_image_size(), file_size,
+    return believable_size(header->plain_image_size(), file_size,
                found.run_lengths() ? most_dib_bytes_for_one_run : most_dib_bytes_for_one_plain)
         ? imaging_ok
         : imaging_bad_data;

@@ -1,3 +1,4 @@
+#include "klv/formats/believable_size.h"
 #include "klv/imaging/jpeg_session.h"
 #include "klv/imaging/pixel_lines.h"
 #include "klv/imaging/resolution.h"
@@ -12,7 +13,6 @@ namespace {
 
 /// Pixels that a byte can stand for at most: a block of 8 by 8 takes a bit.
 constexpr std::uint64_t most_pixels_in_byte = 512;
-constexpr std::uint64_t free_pixels = 1 << 20;
 /// Every pass over a progressive picture costs its whole size; no encoder makes so many.
 constexpr int most_scans = 200;
 constexpr std::size_t input_buffer = 1 << 16;
@@ -115,7 +115,7 @@ imaging_result describe(reading& state, file_info& info)
 {
     const jpeg_decompress_struct& session = state.session;
     const std::uint64_t pixels = std::uint64_t{session.image_width} * session.image_height;
-    if (pixels > free_pixels && pixels / most_pixels_in_byte > state.in.size())
+    if (!believable_size(pixels, state.in.size(), most_pixels_in_byte))
         return imaging_bad_data;
     info.width = static_cast<std::int32_t>(session.image_width);
     info.height = static_cast<std::int32_t>(session.image_height);

@@ -1,5 +1,6 @@
 #include "klv/imaging/magick_codec.h"
 
+#include "klv/formats/believable_size.h"
 #include "klv/imaging/bmp_layout.h"
 #include "klv/imaging/magick_library.h"
 #include "klv/imaging/memory_file.h"
@@ -11,8 +12,6 @@
 namespace klv::imaging {
 
 namespace {
-
-constexpr std::uint64_t free_pixels = 1 << 20;
 
 /// Passes the lines of a Windows bitmap on as lines of the bitmap that the caller expects. The bitmap may
 /// have fewer bits where few colours occur, and more where the file's palette is no palette.
@@ -88,7 +87,7 @@ bool promises_too_much(image_io& in, const file_info& info, std::uint64_t expans
 {
     const std::uint64_t pixels
         = std::uint64_t{static_cast<std::uint32_t>(info.width)} * static_cast<std::uint32_t>(info.height);
-    return pixels > free_pixels && pixels / expansion > in.size();
+    return !believable_size(pixels, in.size(), expansion);
 }
 
 imaging_result magick_load(const magick_source& source, image_io& in, const file_info& info,

@@ -1,4 +1,5 @@
 #include "klv/base/byte_reader.h"
+#include "klv/formats/believable_size.h"
 #include "klv/formats/packbits.h"
 #include "klv/imaging/photoshop_layout.h"
 #include "klv/imaging/pixel_lines.h"
@@ -16,7 +17,6 @@ namespace {
 
 constexpr std::uint32_t greatest_side = 300000;
 constexpr std::uint64_t most_resource_bytes = 1 << 20;
-constexpr std::uint64_t free_image_bytes = 1 << 20;
 /// A run of 128 bytes takes two.
 constexpr std::uint64_t run_expansion = 64;
 constexpr std::size_t most_colours = 4;
@@ -149,7 +149,7 @@ imaging_result read_layout(image_io& in, layout& found)
         return imaging_unsupported;
     const std::uint64_t bytes = std::uint64_t{found.row_bytes()} * found.height;
     const std::uint64_t expansion = found.compression == compression_runs ? run_expansion : 1;
-    return bytes > free_image_bytes && bytes / expansion > file_size ? imaging_bad_data : imaging_ok;
+    return believable_size(bytes, file_size, expansion) ? imaging_ok : imaging_bad_data;
 }
 
 /// The rows of the channels that are shown, from the top; each channel has its place in the file.

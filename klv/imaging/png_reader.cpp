@@ -1,3 +1,4 @@
+#include "klv/formats/believable_size.h"
 #include "klv/imaging/png_common.h"
 #include "klv/imaging/resolution.h"
 
@@ -11,7 +12,6 @@ namespace {
 
 /// A deflated stream grows at most by this factor, so a file that declares more has no such image.
 constexpr std::uint64_t greatest_expansion = 1032;
-constexpr std::uint64_t free_image_bytes = 1 << 20;
 /// Passed over unread: libpng would allocate what they say they hold.
 constexpr png_byte unused_chunks[]
     = "bKGD\0cHRM\0eXIf\0gAMA\0hIST\0iCCP\0iTXt\0oFFs\0pCAL\0sBIT\0sCAL\0sPLT\0sRGB\0sTER\0tEXt\0tIME\0zTXt";
@@ -81,7 +81,7 @@ imaging_result describe(const reading& state, file_info& info)
 {
     const std::uint64_t bytes
         = std::uint64_t{png_get_rowbytes(state.session.png(), state.session.info())} * state.height;
-    if (bytes > free_image_bytes && bytes / greatest_expansion > state.in.size())
+    if (!believable_size(bytes, state.in.size(), greatest_expansion))
         return imaging_bad_data;
     info.width = static_cast<std::int32_t>(state.width);
     info.height = static_cast<std::int32_t>(state.height);

@@ -1,3 +1,4 @@
+#include "klv/formats/believable_size.h"
 #include "klv/imaging/pixel_lines.h"
 #include "klv/imaging/resolution.h"
 #include "klv/imaging/samples.h"
@@ -12,7 +13,6 @@ namespace klv::imaging {
 
 namespace {
 
-constexpr std::uint64_t free_image_bytes = 1 << 20;
 constexpr std::size_t inks = 4;
 
 /// How the pixels are stored, and with it how they are read.
@@ -101,7 +101,7 @@ bool plausible(const tiff_file& file, const layout& found, std::uint64_t file_si
             / std::max(file.tag<std::uint32_t>(TIFFTAG_TILEWIDTH, 1), 1U);
         bytes = std::max(bytes, TIFFTileSize64(tiff) * across);
     }
-    return row != 0 && (bytes <= free_image_bytes || bytes / greatest_expansion(found) <= file_size);
+    return row != 0 && believable_size(bytes, file_size, greatest_expansion(found));
 }
 
 std::int32_t depth_for_indices(unsigned bits) { return bits == 1 ? 1 : bits <= 4 ? 4 : 8; }

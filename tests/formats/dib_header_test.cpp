@@ -172,13 +172,4 @@ TEST(DibHeader, FileHeaderAndColoursGoBothWays)
     }
 }
 
-TEST(DibHeader, BelievesWhatTheBytesCouldHold)
-{
-    constexpr std::uint64_t mebibyte = 1 << 20;
-    EXPECT_TRUE(dib_size_is_honest(mebibyte, 0, 2)) << "small ones are always believed";
-    EXPECT_FALSE(dib_size_is_honest(mebibyte + 2, mebibyte / 2, 2));
-    EXPECT_TRUE(dib_size_is_honest(mebibyte + 1, mebibyte / 2, 2));
-    EXPECT_FALSE(dib_size_is_honest(UINT64_MAX, UINT32_MAX, 256));
-}
-
 } // namespace klv

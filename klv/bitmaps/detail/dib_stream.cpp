@@ -2,6 +2,7 @@
 
 #include "klv/base/byte_reader.h"
 #include "klv/base/wrapping.h"
+#include "klv/formats/believable_size.h"
 #include "klv/formats/dib_decode.h"
 #include "klv/streams/compression/compression_frame.h"
 #include "klv/streams/stream.h"
@@ -183,7 +184,7 @@ bool read_colours(byte_source& in, const stored_layout& layout, vBUFFER<RGBQUAD>
 
 bool in_proportion(byte_source& in, const stored_layout& layout, std::uint64_t image_bytes)
 {
-    return dib_size_is_honest(image_bytes, in.left(),
+    return believable_size(image_bytes, in.left(),
         in.compressed()            ? most_bytes_for_one_imploded
             : layout.run_lengths() ? most_dib_bytes_for_one_run
                                    : most_dib_bytes_for_one_plain);

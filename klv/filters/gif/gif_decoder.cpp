@@ -6,6 +6,7 @@
 #include "klv/core/progress.h"
 #include "klv/filters/gif/gif_format.h"
 #include "klv/filters/gif/gif_lzw_decoder.h"
+#include "klv/formats/believable_size.h"
 #include "klv/streams/stream.h"
 
 #include <algorithm>
@@ -26,7 +27,6 @@ constexpr std::int32_t aspect_offset = 15;
 /// all of it.
 constexpr std::uint64_t most_pixels_of_three_bytes = 2 * gif_code_count;
 constexpr std::uint64_t allowed_lack = 4;
-constexpr std::uint64_t free_pixels = 1 << 20;
 
 bool read_bytes(vSTREAM& in, std::span<std::uint8_t> bytes)
 {
@@ -178,7 +178,7 @@ private:
 bool in_proportion(const gif_picture& picture, std::uint32_t bytes)
 {
     const std::uint64_t pixels = std::uint64_t{picture.width} * picture.height;
-    return pixels <= free_pixels || pixels <= allowed_lack * most_pixels_of_three_bytes * bytes / 3;
+    return pixels <= always_believed || pixels <= allowed_lack * most_pixels_of_three_bytes * bytes / 3;
 }
 
 bool prepare_bitmap(const gif_picture& picture, oDIB& bitmap)

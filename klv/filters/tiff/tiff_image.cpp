@@ -1,6 +1,7 @@
 #include "klv/filters/tiff/tiff_image.h"
 
 #include "klv/filters/tiff/tiff_lzw.h"
+#include "klv/formats/believable_size.h"
 
 #include <algorithm>
 #include <limits>
@@ -16,9 +17,7 @@ constexpr std::uint32_t least_true_colour_depth = 9; ///< RGB images below becom
 constexpr std::uint32_t colour_samples = 3;
 constexpr std::uint32_t greatest_side = std::numeric_limits<std::int32_t>::max();
 
-/// How far an image may promise more than its file holds: a cut-off file still shows what it has, but a few
-/// bytes can't claim a gigabyte.
-constexpr std::uint64_t free_image_bytes = 1 << 20;
+/// What one stored byte can become.
 constexpr std::uint64_t most_bytes_for_one_raw = 4;
 constexpr std::uint64_t most_bytes_for_one_packed = 64; ///< a PackBits run of 128 takes two bytes
 constexpr std::uint64_t most_bytes_for_one_coded = 256; ///< LZW strips and Huffman rows do not reach it
@@ -124,7 +123,7 @@ bool in_proportion(const TIFFIMAGE& image, std::uint32_t file_size)
     const std::uint64_t planes = image.planar_rgb() ? colour_samples : 1;
     const std::uint64_t row = image.row_bytes(0) * planes;
     return row <= std::numeric_limits<std::uint32_t>::max()
-        && (row * image.length <= free_image_bytes || row * image.length / factor <= file_size);
+        && believable_size(row * image.length, file_size, factor);
 }
 
 void settle_units(TIFFIMAGE& image)
