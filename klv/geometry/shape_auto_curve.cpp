@@ -7,6 +7,9 @@
 #include <array>
 #include <cmath>
 
+// The tangent at a point of a smooth curve is taken from the circle through it and its neighbours, as a three
+// point (Bessel-like) estimate; the control points then lie where a cubic follows that circle best, at
+// (1 - |cos|) / |sin| of half the radius.
 namespace klv {
 
 namespace {

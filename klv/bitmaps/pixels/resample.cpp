@@ -6,6 +6,10 @@
 #include <array>
 #include <cstring>
 
+// Separable filters, one axis after the other: a box (the exact mean of the covered area) along an axis that
+// shrinks, a triangle (linear interpolation between pixel centres) along one that grows. Sums are kept in
+// whole numbers whose widths are proved beside them, so that the compiler can use whole vectors, and a
+// pixel's weights sum to exactly one, so that an even area stays even.
 namespace klv {
 
 namespace {

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <utility>
 
+// Affine texture mapping by scanlines. A pixel belongs to a triangle when its centre does, with spans that
+// are closed at the left and open at the right, so that two triangles with a common edge cover each pixel
+// once.
 namespace klv {
 
 namespace {

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 
-/// The numbers of GIF's variable-length-code LZW that its decoder and its encoder share.
+/// LZW (Welch, "A Technique for High-Performance Data Compression", 1984) as GIF89a varies it: codes grow
+/// from one bit more than a literal to 12 bits as the table fills, the least significant bit first; a clear
+/// code empties the table. What the decoder and the encoder share.
 namespace klv {
 
 inline constexpr unsigned gif_most_code_bits = 12;

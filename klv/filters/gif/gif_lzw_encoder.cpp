@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+// The strings of the table stand in an open-addressed hash table of prefix code and last pixel, one number a
+// slot, so that a pixel mostly costs one probe and clearing is one fill.
 namespace klv {
 
 namespace {

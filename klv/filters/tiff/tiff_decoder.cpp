@@ -56,12 +56,12 @@ class packbits_plane final : public tiff_plane {
 public:
     using tiff_plane::tiff_plane;
 
-    oFILTER_STATUS read_row(std::span<std::uint8_t> row) override { return ReadPackedBits(cursor_, row); }
+    oFILTER_STATUS read_row(std::span<std::uint8_t> row) override { return read_packbits_row(cursor_, row); }
 };
 
 class huffman_plane final : public tiff_plane {
 public:
-    huffman_plane(tiff_source& source, const TIFFIMAGE& image)
+    huffman_plane(tiff_source& source, const tiff_image& image)
         : tiff_plane(source)
         , bits_(cursor_)
         , width_(image.width)
@@ -77,7 +77,7 @@ public:
 
     oFILTER_STATUS read_row(std::span<std::uint8_t> row) override
     {
-        const oFILTER_STATUS status = ReadHuffBits(bits_, width_, row);
+        const oFILTER_STATUS status = read_huffman_row(bits_, width_, row);
         bits_.move_cursor();
         if (black_is_zero_)
             for (std::uint8_t& byte : row)
@@ -93,7 +93,7 @@ private:
 
 class lzw_plane final : public tiff_plane {
 public:
-    lzw_plane(tiff_source& source, const TIFFIMAGE& image, std::uint32_t plane)
+    lzw_plane(tiff_source& source, const tiff_image& image, std::uint32_t plane)
         : tiff_plane(source)
         , row_bytes_(static_cast<std::uint32_t>(image.row_bytes(plane)))
         , decoder_(row_bytes_ * image.rows_per_strip)
@@ -107,7 +107,7 @@ public:
     {
         cursor_.seek(offset);
         next_ = 0;
-        status_ = decoder_.ParseLZW(cursor_, row_bytes_ * rows);
+        status_ = decoder_.decode_strip(cursor_, row_bytes_ * rows);
         return oFILTER_OK;
     }
 
@@ -116,7 +116,7 @@ public:
         std::ranges::copy(decoder_.strip().subspan(next_, row_bytes_), row.begin());
         next_ += row_bytes_;
         if (predictor_)
-            predictor_->UndoHorizPredictor(row);
+            predictor_->undo(row);
         return next_ <= decoder_.decoded() ? oFILTER_OK : status_;
     }
 
@@ -128,7 +128,7 @@ private:
     oFILTER_STATUS status_ = oFILTER_OK;
 };
 
-std::unique_ptr<tiff_plane> make_plane(const TIFFIMAGE& image, tiff_source& source, std::uint32_t plane)
+std::unique_ptr<tiff_plane> make_plane(const tiff_image& image, tiff_source& source, std::uint32_t plane)
 {
     std::unique_ptr<tiff_plane> made;
     switch (image.compression) {
@@ -151,7 +151,7 @@ std::unique_ptr<tiff_plane> make_plane(const TIFFIMAGE& image, tiff_source& sour
 
 } // namespace
 
-tiff_decoder::tiff_decoder(const TIFFIMAGE& image, tiff_source& source)
+tiff_decoder::tiff_decoder(const tiff_image& image, tiff_source& source)
     : image_(image)
     , unpacker_(image)
     , plane_count_(image.planar_rgb() ? tiff_most_planes : 1)

@@ -13,11 +13,11 @@ namespace klv {
 /// The rows of one plane (or of all samples, when they are chunky), strip by strip.
 class tiff_plane;
 
-/// Decodes the rows of an image that CheckValidIFD accepted.
+/// Decodes the rows of an image that check_image accepted.
 class tiff_decoder {
 public:
     /// Throws std::bad_alloc.
-    tiff_decoder(const TIFFIMAGE& image, tiff_source& source);
+    tiff_decoder(const tiff_image& image, tiff_source& source);
     ~tiff_decoder();
     tiff_decoder(const tiff_decoder&) = delete;
     tiff_decoder& operator=(const tiff_decoder&) = delete;
@@ -30,7 +30,7 @@ public:
 private:
     [[nodiscard]] oFILTER_STATUS begin_strip();
 
-    const TIFFIMAGE& image_;
+    const tiff_image& image_;
     tiff_row_unpacker unpacker_;
     std::uint32_t plane_count_;
     std::array<std::unique_ptr<tiff_plane>, tiff_most_planes> planes_;

@@ -93,7 +93,7 @@ private:
     bool little_endian_;
 };
 
-struct DIRECTORYENTRY {
+struct tiff_entry {
     std::uint16_t tag = 0;
     std::uint16_t type = 0;
     std::uint32_t count = 0;
@@ -107,21 +107,21 @@ template <typename Number> std::optional<std::uint32_t> not_negative(Number valu
     return static_cast<std::uint32_t>(value);
 }
 
-std::optional<RATIONAL> ReadRational(number_reader& in)
+std::optional<tiff_rational> read_rational(number_reader& in)
 {
-    const RATIONAL value{in.u32(), in.u32()};
+    const tiff_rational value{in.u32(), in.u32()};
     return value.denominator != 0 ? std::optional(value) : std::nullopt;
 }
 
-std::optional<RATIONAL> ReadSRational(number_reader& in)
+std::optional<tiff_rational> read_signed_rational(number_reader& in)
 {
     const std::int32_t numerator = in.i32(), denominator = in.i32();
     if (numerator <= 0 || denominator <= 0)
         return std::nullopt;
-    return RATIONAL{static_cast<std::uint32_t>(numerator), static_cast<std::uint32_t>(denominator)};
+    return tiff_rational{static_cast<std::uint32_t>(numerator), static_cast<std::uint32_t>(denominator)};
 }
 
-std::optional<std::uint32_t> whole_part(const std::optional<RATIONAL>& value)
+std::optional<std::uint32_t> whole_part(const std::optional<tiff_rational>& value)
 {
     return value ? std::optional(value->numerator / value->denominator) : std::nullopt;
 }
@@ -138,7 +138,7 @@ std::optional<std::uint32_t> read_value(number_reader& in, std::uint16_t type)
     case type_long:
         return in.u32();
     case type_rational:
-        return whole_part(ReadRational(in));
+        return whole_part(read_rational(in));
     case type_sbyte:
         return not_negative(static_cast<std::int8_t>(in.u8()));
     case type_sshort:
@@ -146,16 +146,17 @@ std::optional<std::uint32_t> read_value(number_reader& in, std::uint16_t type)
     case type_slong:
         return not_negative(in.i32());
     case type_srational:
-        return whole_part(ReadSRational(in));
+        return whole_part(read_signed_rational(in));
     default:
         return std::nullopt;
     }
 }
 
-/// Reads a directory into a TIFFIMAGE. Each tag is read once, however often it stands there: the last counts.
+/// Reads a directory into a tiff_image. Each tag is read once, however often it stands there: the last
+/// counts.
 class directory_reader {
 public:
-    directory_reader(tiff_source& source, TIFFIMAGE& image)
+    directory_reader(tiff_source& source, tiff_image& image)
         : source_(source)
         , image_(image)
     {
@@ -164,7 +165,7 @@ public:
     oFILTER_STATUS read()
     {
         std::uint32_t directory = 0;
-        if (const auto status = ReadTIFFheader(directory); status != oFILTER_OK)
+        if (const auto status = read_header(directory); status != oFILTER_OK)
             return status;
         if (const auto status = read_entries(directory); status != oFILTER_OK)
             return status;
@@ -173,7 +174,7 @@ public:
     }
 
 private:
-    oFILTER_STATUS ReadTIFFheader(std::uint32_t& directory)
+    oFILTER_STATUS read_header(std::uint32_t& directory)
     {
         tiff_buffer buffer;
         const auto bytes = source_.bytes(0, header_size, buffer);
@@ -200,14 +201,14 @@ private:
         if (bytes.empty())
             return oFILTER_READ_ERROR;
         for (std::uint32_t i = 0; i < count; ++i)
-            ReadDirectoryEntry(bytes.subspan(i * entry_size, entry_size), first + i * entry_size);
+            read_entry(bytes.subspan(i * entry_size, entry_size), first + i * entry_size);
         return oFILTER_OK;
     }
 
-    void ReadDirectoryEntry(std::span<const std::uint8_t> bytes, std::size_t position)
+    void read_entry(std::span<const std::uint8_t> bytes, std::size_t position)
     {
         number_reader in(bytes, little_endian_);
-        DIRECTORYENTRY entry;
+        tiff_entry entry;
         entry.tag = in.u16();
         entry.type = in.u16();
         entry.count = in.u32();
@@ -231,16 +232,16 @@ private:
         setULONG(tag_width, image_.width);
         setUWORD(tag_predictor, image_.predictor);
         setPALETTE(tag_colour_map);
-        setARRAY(tag_grey_response_curve, image_.grey_response);
+        set_numbers(tag_grey_response_curve, image_.grey_response);
         setUWORD(tag_grey_response_unit, image_.grey_response_unit);
         setUWORD(tag_resolution_unit, image_.resolution_unit);
         setRATIONAL(tag_x_resolution, image_.x_resolution);
         setRATIONAL(tag_y_resolution, image_.y_resolution);
         setULONG(tag_rows_per_strip, image_.rows_per_strip);
-        setARRAY(tag_strip_offsets, image_.strip_offsets);
-        setARRAY(tag_bits_per_sample, image_.bits_per_sample);
+        set_numbers(tag_strip_offsets, image_.strip_offsets);
+        set_numbers(tag_bits_per_sample, image_.bits_per_sample);
         setUWORD(tag_samples_per_pixel, image_.samples_per_pixel);
-        if (const DIRECTORYENTRY* const extra = find(tag_extra_samples))
+        if (const tiff_entry* const extra = find(tag_extra_samples))
             image_.extra_sample_count = extra->count;
         setUWORD(tag_extra_samples, image_.first_extra_sample);
         setUWORD(tag_fill_order, image_.fill_order);
@@ -248,7 +249,7 @@ private:
         setUWORD(tag_sample_format, image_.sample_format);
     }
 
-    const DIRECTORYENTRY* find(tag wanted) const
+    const tiff_entry* find(tag wanted) const
     {
         const auto at = static_cast<std::size_t>(std::ranges::find(tags, wanted) - tags.begin());
         return entries_[at].count != 0 ? &entries_[at] : nullptr;
@@ -256,7 +257,7 @@ private:
 
     /// The first count values of an entry; empty, and a read error, when they are not in the file.
     std::span<const std::uint8_t> value_bytes(
-        const DIRECTORYENTRY& entry, std::uint32_t count, tiff_buffer& buffer)
+        const tiff_entry& entry, std::uint32_t count, tiff_buffer& buffer)
     {
         const std::uint64_t size = std::uint64_t{count} * size_of_type(entry.type);
         const auto bytes = size <= source_.size()
@@ -269,7 +270,7 @@ private:
 
     void setULONG(tag wanted, std::uint32_t& value)
     {
-        const DIRECTORYENTRY* const entry = find(wanted);
+        const tiff_entry* const entry = find(wanted);
         tiff_buffer buffer;
         const auto bytes = entry ? value_bytes(*entry, 1, buffer) : std::span<const std::uint8_t>();
         if (bytes.empty())
@@ -282,12 +283,12 @@ private:
     {
         std::uint32_t wide = value;
         setULONG(wanted, wide);
-        value = static_cast<std::uint16_t>(std::min<std::uint32_t>(wide, TIFFIMAGE::missing_word));
+        value = static_cast<std::uint16_t>(std::min<std::uint32_t>(wide, tiff_image::missing_word));
     }
 
-    void setRATIONAL(tag wanted, RATIONAL& value)
+    void setRATIONAL(tag wanted, tiff_rational& value)
     {
-        const DIRECTORYENTRY* const entry = find(wanted);
+        const tiff_entry* const entry = find(wanted);
         if (!entry)
             return;
         if (entry->type != type_rational && entry->type != type_srational) {
@@ -301,12 +302,12 @@ private:
         if (bytes.empty())
             return;
         number_reader in(bytes, little_endian_);
-        value = (entry->type == type_rational ? ReadRational(in) : ReadSRational(in)).value_or(value);
+        value = (entry->type == type_rational ? read_rational(in) : read_signed_rational(in)).value_or(value);
     }
 
-    void setARRAY(tag wanted, ARRAY& values)
+    void set_numbers(tag wanted, tiff_numbers& values)
     {
-        const DIRECTORYENTRY* const entry = find(wanted);
+        const tiff_entry* const entry = find(wanted);
         tiff_buffer buffer;
         const auto bytes
             = entry ? value_bytes(*entry, entry->count, buffer) : std::span<const std::uint8_t>();
@@ -321,7 +322,7 @@ private:
     /// All red values, then green, then blue; 16-bit values count by their high byte.
     void setPALETTE(tag wanted)
     {
-        const DIRECTORYENTRY* const entry = find(wanted);
+        const tiff_entry* const entry = find(wanted);
         if (!entry || size_of_type(entry->type) > 2)
             return;
         const std::uint32_t count = std::min(entry->count, most_colour_map_values) / 3;
@@ -346,15 +347,15 @@ private:
         tag_extra_samples, tag_sample_format, tag_orientation};
 
     tiff_source& source_;
-    TIFFIMAGE& image_;
+    tiff_image& image_;
     bool little_endian_ = true;
-    std::array<DIRECTORYENTRY, tags.size()> entries_{};
+    std::array<tiff_entry, tags.size()> entries_{};
     oFILTER_STATUS status_ = oFILTER_OK;
 };
 
 } // namespace
 
-oFILTER_STATUS ReadIFD(tiff_source& source, TIFFIMAGE& image)
+oFILTER_STATUS read_directory(tiff_source& source, tiff_image& image)
 {
     return directory_reader(source, image).read();
 }

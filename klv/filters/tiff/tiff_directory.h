@@ -6,8 +6,9 @@
 
 namespace klv {
 
-/// Reads the header and the first directory; tags that TIFFIMAGE has no field for are passed over. READ_ERROR
-/// when the file ends within them, BAD_DATA for a directory without entries. Throws std::bad_alloc.
-[[nodiscard]] oFILTER_STATUS ReadIFD(tiff_source& source, TIFFIMAGE& image);
+/// Reads the header and the first directory; tags that tiff_image has no field for are passed over.
+/// READ_ERROR when the file ends within them, BAD_DATA for a directory without entries. Throws
+/// std::bad_alloc.
+[[nodiscard]] oFILTER_STATUS read_directory(tiff_source& source, tiff_image& image);
 
 } // namespace klv

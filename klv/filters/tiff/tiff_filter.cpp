@@ -45,7 +45,7 @@ constexpr double greatest_dpi = 32000;
 constexpr double dpi_without_unit = 72;
 constexpr double centimetres_per_inch = 2.54;
 
-double ratio(const RATIONAL& value) { return static_cast<double>(value.numerator) / value.denominator; }
+double ratio(const tiff_rational& value) { return static_cast<double>(value.numerator) / value.denominator; }
 
 std::int32_t rounded_dpi(double dpi)
 {
@@ -53,7 +53,7 @@ std::int32_t rounded_dpi(double dpi)
 }
 
 /// Dots per inch. Without a unit the resolutions tell only the shape of a pixel.
-resolution resolution_of(const TIFFIMAGE& image)
+resolution resolution_of(const tiff_image& image)
 {
     const double x = ratio(image.x_resolution), y = ratio(image.y_resolution);
     switch (image.resolution_unit) {
@@ -70,7 +70,7 @@ resolution resolution_of(const TIFFIMAGE& image)
 // ---- The bitmap
 
 /// Gives the bitmap the image's size, depth, resolution and colours.
-oFILTER_STATUS prepare_bitmap(const TIFFIMAGE& image, oDIB& bitmap)
+oFILTER_STATUS prepare_bitmap(const tiff_image& image, oDIB& bitmap)
 {
     tiff_colours colours;
     if (const auto status = make_colours(image, colours); status != oFILTER_OK)
@@ -112,7 +112,7 @@ private:
     bool locked_;
 };
 
-oFILTER_STATUS decode_lines(const TIFFIMAGE& image, tiff_source& source, oDIB& bitmap, oPROGRESS* progress)
+oFILTER_STATUS decode_lines(const tiff_image& image, tiff_source& source, oDIB& bitmap, oPROGRESS* progress)
 {
     const locked_lines lines(bitmap);
     if (!lines.locked())
@@ -132,12 +132,12 @@ oFILTER_STATUS decode_lines(const TIFFIMAGE& image, tiff_source& source, oDIB& b
 
 oFILTER_STATUS decode(tiff_source& source, oDIB& bitmap, oPROGRESS* progress)
 {
-    TIFFIMAGE image;
+    tiff_image image;
     if (progress)
         progress->oSet(header_size);
-    if (const auto status = ReadIFD(source, image); status != oFILTER_OK)
+    if (const auto status = read_directory(source, image); status != oFILTER_OK)
         return status;
-    if (const auto status = CheckValidIFD(image, source.size()); status != oFILTER_OK)
+    if (const auto status = check_image(image, source.size()); status != oFILTER_OK)
         return status;
     if (const auto status = prepare_bitmap(image, bitmap); status != oFILTER_OK)
         return status;
@@ -183,14 +183,14 @@ oFILTER_STATUS TIFFILTER::Convert(vARCHIVE* in, vARCHIVE* out)
 oFILTER_STATUS TIFFILTER::Convert(vSTREAM& in, oDIB& out)
 {
     const std::uint32_t start = in.CurrentPos();
-    const oFILTER_STATUS status = ConvertRoutine(in, out);
+    const oFILTER_STATUS status = convert_with_own_decoder(in, out);
     if (is_final(status))
         return SetStatus(status);
     in.MoveFromStart(start);
     return oBMFILTER::Convert(in, out);
 }
 
-oFILTER_STATUS TIFFILTER::ConvertRoutine(vSTREAM& in, oDIB& out) noexcept
+oFILTER_STATUS TIFFILTER::convert_with_own_decoder(vSTREAM& in, oDIB& out) noexcept
 {
     if (progress()) {
         progress()->oFullScale(in.Size());

@@ -25,7 +25,7 @@ public:
     int ExportColourDepths(int depth) const override;
 
 private:
-    oFILTER_STATUS ConvertRoutine(vSTREAM& in, oDIB& out) noexcept;
+    oFILTER_STATUS convert_with_own_decoder(vSTREAM& in, oDIB& out) noexcept;
 };
 
 } // namespace klv

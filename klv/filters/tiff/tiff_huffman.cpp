@@ -58,7 +58,7 @@ oFILTER_STATUS read_runs(tiff_bits& bits, std::uint32_t width, std::span<std::ui
 
 } // namespace
 
-oFILTER_STATUS ReadHuffBits(tiff_bits& in, std::uint32_t width, std::span<std::uint8_t> row)
+oFILTER_STATUS read_huffman_row(tiff_bits& in, std::uint32_t width, std::span<std::uint8_t> row)
 {
     std::ranges::fill(row, std::uint8_t{0});
     tiff_bits bits = in;

@@ -22,30 +22,30 @@ constexpr std::uint64_t most_bytes_for_one_raw = 4;
 constexpr std::uint64_t most_bytes_for_one_packed = 64; ///< a PackBits run of 128 takes two bytes
 constexpr std::uint64_t most_bytes_for_one_coded = 256; ///< LZW strips and Huffman rows do not reach it
 
-bool known_photometric(const TIFFIMAGE& image) { return image.photometric <= tiff_palette; }
+bool known_photometric(const tiff_image& image) { return image.photometric <= tiff_palette; }
 
 /// Models that could have been read if they were not unknown to the own decoder.
-bool foreign_photometric(const TIFFIMAGE& image)
+bool foreign_photometric(const tiff_image& image)
 {
     return image.photometric == tiff_mask || image.photometric == tiff_separated
         || image.photometric == tiff_ycbcr || image.photometric == tiff_cielab;
 }
 
-bool known_compression(const TIFFIMAGE& image)
+bool known_compression(const tiff_image& image)
 {
     return image.compression == tiff_uncompressed || image.compression == tiff_modified_huffman
         || image.compression == tiff_lzw || image.compression == tiff_packbits;
 }
 
 /// Whether the first row is not the top one, from left to right.
-bool turned(const TIFFIMAGE& image)
+bool turned(const tiff_image& image)
 {
     return image.orientation > tiff_top_left && image.orientation <= tiff_left_bottom;
 }
 
 /// False for bits and numbers that the own decoder would show, but wrongly; associated alpha is multiplied
 /// into the colours.
-bool plain_samples(const TIFFIMAGE& image)
+bool plain_samples(const tiff_image& image)
 {
     return image.fill_order != tiff_least_significant_first
         && image.first_extra_sample != tiff_associated_alpha && !turned(image)
@@ -53,7 +53,7 @@ bool plain_samples(const TIFFIMAGE& image)
 }
 
 /// What a colour map or a grey response curve tells about a model that is none of ours; false: nothing.
-bool infer_photometric(TIFFIMAGE& image)
+bool infer_photometric(tiff_image& image)
 {
     if (image.colour_map_entries != 0)
         image.photometric = tiff_palette;
@@ -65,7 +65,7 @@ bool infer_photometric(TIFFIMAGE& image)
 }
 
 /// Finds the depths. False for layouts that bitmaps can't be made of.
-bool find_depths(TIFFIMAGE& image)
+bool find_depths(tiff_image& image)
 {
     const std::uint32_t colours = image.photometric == tiff_rgb ? colour_samples : 1;
     if (image.samples_per_pixel != std::uint64_t{image.extra_sample_count} + colours
@@ -89,12 +89,12 @@ bool find_depths(TIFFIMAGE& image)
     return !indexed_rgb || (equal_samples && image.bits_of_sample(0) <= 2);
 }
 
-bool find_strips(TIFFIMAGE& image)
+bool find_strips(tiff_image& image)
 {
-    if (image.rows_per_strip == TIFFIMAGE::missing_long && image.strip_offsets.size() == 1)
+    if (image.rows_per_strip == tiff_image::missing_long && image.strip_offsets.size() == 1)
         image.rows_per_strip = image.length;
     const auto has_side = [](std::uint32_t side) { return side != 0 && side <= greatest_side; };
-    if (image.rows_per_strip == TIFFIMAGE::missing_long || image.rows_per_strip == 0
+    if (image.rows_per_strip == tiff_image::missing_long || image.rows_per_strip == 0
         || !has_side(image.length) || !has_side(image.width) || image.strip_offsets.empty())
         return false;
     image.rows_per_strip = std::min(image.rows_per_strip, image.length);
@@ -103,7 +103,7 @@ bool find_strips(TIFFIMAGE& image)
 }
 
 /// Compressions that are not for every kind of image.
-bool compression_fits(const TIFFIMAGE& image)
+bool compression_fits(const tiff_image& image)
 {
     if (image.predictor == tiff_differences && image.compression != tiff_lzw)
         return false;
@@ -115,7 +115,7 @@ bool compression_fits(const TIFFIMAGE& image)
     return image.row_bytes(0) * planes * image.rows_per_strip < tiff_lzw_decoder::strip_limit;
 }
 
-bool in_proportion(const TIFFIMAGE& image, std::uint32_t file_size)
+bool in_proportion(const tiff_image& image, std::uint32_t file_size)
 {
     const std::uint64_t factor = image.compression == tiff_uncompressed ? most_bytes_for_one_raw
         : image.compression == tiff_packbits                            ? most_bytes_for_one_packed
@@ -126,7 +126,7 @@ bool in_proportion(const TIFFIMAGE& image, std::uint32_t file_size)
         && believable_size(row * image.length, file_size, factor);
 }
 
-void settle_units(TIFFIMAGE& image)
+void settle_units(tiff_image& image)
 {
     if (image.grey_response_unit < 1 || image.grey_response_unit > 5)
         image.grey_response_unit = 2;
@@ -136,12 +136,12 @@ void settle_units(TIFFIMAGE& image)
 
 } // namespace
 
-std::uint32_t TIFFIMAGE::bits_of_sample(std::uint32_t sample) const
+std::uint32_t tiff_image::bits_of_sample(std::uint32_t sample) const
 {
     return bits_per_sample[std::min<std::size_t>(sample, bits_per_sample.size() - 1)];
 }
 
-std::uint16_t TIFFIMAGE::bitmap_depth() const
+std::uint16_t tiff_image::bitmap_depth() const
 {
     switch (pixel_depth) {
     case 1:
@@ -155,13 +155,13 @@ std::uint16_t TIFFIMAGE::bitmap_depth() const
     }
 }
 
-std::uint64_t TIFFIMAGE::row_bytes(std::uint32_t plane) const
+std::uint64_t tiff_image::row_bytes(std::uint32_t plane) const
 {
     const std::uint32_t bits = planar_configuration == tiff_planar ? bits_of_sample(plane) : stored_depth;
     return (std::uint64_t{bits} * width + bits_per_byte - 1) / bits_per_byte;
 }
 
-oFILTER_STATUS CheckValidIFD(TIFFIMAGE& image, std::uint32_t file_size)
+oFILTER_STATUS check_image(tiff_image& image, std::uint32_t file_size)
 {
     const bool foreign = foreign_photometric(image);
     if (!known_photometric(image) && !infer_photometric(image))

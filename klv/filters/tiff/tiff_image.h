@@ -42,15 +42,15 @@ enum tiff_sample_format : std::uint16_t { tiff_unsigned = 1, tiff_undefined = 4 
 
 enum tiff_resolution_unit : std::uint16_t { tiff_no_unit = 1, tiff_inch = 2, tiff_centimetre = 3 };
 
-struct RATIONAL {
+struct tiff_rational {
     std::uint32_t numerator = 0;
     std::uint32_t denominator = 1;
 };
 
-using ARRAY = std::vector<std::uint32_t, vALLOCATOR<std::uint32_t>>;
+using tiff_numbers = std::vector<std::uint32_t, vALLOCATOR<std::uint32_t>>;
 
 /// The first image of a file: the fields of its directory, with their defaults, and what follows from them.
-struct TIFFIMAGE {
+struct tiff_image {
     static constexpr std::uint16_t missing_word = 0xFFFF;
     static constexpr std::uint32_t missing_long = 0xFFFFFFFF;
 
@@ -62,14 +62,14 @@ struct TIFFIMAGE {
     std::uint16_t predictor = tiff_no_predictor;
     std::uint16_t colour_map_entries = 0;
     std::array<RGBQUAD, 256> colour_map{};
-    ARRAY grey_response; ///< optical density of each grey, in grey_response_unit
+    tiff_numbers grey_response; ///< optical density of each grey, in grey_response_unit
     std::uint16_t grey_response_unit = 2; ///< 1 to 5: tenths to hundred-thousandths
     std::uint16_t resolution_unit = tiff_inch;
-    RATIONAL x_resolution{150, 1}; ///< pixels in a resolution_unit
-    RATIONAL y_resolution{150, 1};
+    tiff_rational x_resolution{150, 1}; ///< pixels in a resolution_unit
+    tiff_rational y_resolution{150, 1};
     std::uint32_t rows_per_strip = missing_long;
-    ARRAY strip_offsets; ///< of a planar image: the strips of the first plane, then those of the next
-    ARRAY bits_per_sample{1};
+    tiff_numbers strip_offsets; ///< of a planar image: the strips of the first plane, then those of the next
+    tiff_numbers bits_per_sample{1};
     std::uint16_t samples_per_pixel = 1;
     std::uint32_t extra_sample_count = 0;
     std::uint16_t first_extra_sample = tiff_unspecified;
@@ -77,7 +77,7 @@ struct TIFFIMAGE {
     std::uint16_t orientation = tiff_top_left;
     std::uint16_t sample_format = tiff_unsigned;
 
-    // Set by CheckValidIFD.
+    // Set by check_image.
     std::uint32_t pixel_depth = 0; ///< bits of a pixel without extra samples, 1 to 24
     std::uint32_t stored_depth = 0; ///< bits of a pixel with them
     std::uint32_t strips_per_plane = 0;
@@ -98,6 +98,6 @@ struct TIFFIMAGE {
 /// Tells whether the own decoder handles the image (OK), and works out what follows from the fields.
 /// file_size: bytes of the file, of which the image may not promise too large a multiple. UNSUPPORTED and
 /// BAD_DATA otherwise.
-[[nodiscard]] oFILTER_STATUS CheckValidIFD(TIFFIMAGE& image, std::uint32_t file_size);
+[[nodiscard]] oFILTER_STATUS check_image(tiff_image& image, std::uint32_t file_size);
 
 } // namespace klv

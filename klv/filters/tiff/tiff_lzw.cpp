@@ -53,7 +53,7 @@ std::span<std::uint8_t> tiff_lzw_decoder::strip() noexcept
     return std::span(text_).subspan(literals, size_);
 }
 
-oFILTER_STATUS tiff_lzw_decoder::ParseLZW(tiff_cursor& in, std::uint32_t size)
+oFILTER_STATUS tiff_lzw_decoder::decode_strip(tiff_cursor& in, std::uint32_t size)
 {
     size_ = size;
     std::uint32_t at = literals;

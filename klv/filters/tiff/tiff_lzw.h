@@ -9,8 +9,8 @@
 
 namespace klv {
 
-/// Decodes the LZW strips of a plane (TIFF 6.0, section 13): codes of 9 to 12 bits, the most significant bit
-/// first, one bit longer as soon as the last code but one of a length is in the table.
+/// Decodes the LZW strips of a plane (Welch, 1984; TIFF 6.0, section 13): codes of 9 to 12 bits, the most
+/// significant bit first, one bit longer as soon as the last code but one of a length is in the table.
 class tiff_lzw_decoder {
 public:
     /// A strip has to be shorter than this.
@@ -21,7 +21,7 @@ public:
 
     /// Decodes a strip of size bytes at the cursor's position. BAD_DATA when the codes end before, READ_ERROR
     /// when the file does; strip() then is zero from there on.
-    [[nodiscard]] oFILTER_STATUS ParseLZW(tiff_cursor& in, std::uint32_t size);
+    [[nodiscard]] oFILTER_STATUS decode_strip(tiff_cursor& in, std::uint32_t size);
     /// Bytes of the strip that were decoded.
     [[nodiscard]] std::uint32_t decoded() const noexcept { return decoded_; }
     /// The bytes of the strip decoded last.

@@ -49,7 +49,7 @@ struct row_end {
 
 } // namespace
 
-oFILTER_STATUS ReadPackedBits(tiff_cursor& in, std::span<std::uint8_t> row)
+oFILTER_STATUS read_packbits_row(tiff_cursor& in, std::span<std::uint8_t> row)
 {
     row_end out{row.data(), row.data() + row.size()};
     while (out.room() != 0) {

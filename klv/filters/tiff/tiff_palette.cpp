@@ -21,7 +21,7 @@ RGBQUAD grey(std::uint32_t level)
     return {channel, channel, channel, 0};
 }
 
-void CreateGreyPalette(const TIFFIMAGE& image, tiff_colours& colours)
+void fill_grey_palette(const tiff_image& image, tiff_colours& colours)
 {
     const std::uint32_t last = colours.count - 1U;
     for (std::uint32_t i = 0; i <= last; ++i) {
@@ -30,7 +30,7 @@ void CreateGreyPalette(const TIFFIMAGE& image, tiff_colours& colours)
     }
 }
 
-bool CalcResponsePalette(const TIFFIMAGE& image, tiff_colours& colours)
+bool fill_response_palette(const tiff_image& image, tiff_colours& colours)
 {
     if (image.grey_response.size() < colours.count)
         return false;
@@ -39,14 +39,14 @@ bool CalcResponsePalette(const TIFFIMAGE& image, tiff_colours& colours)
         divisor *= 10;
     for (std::uint32_t i = 0; i < colours.count; ++i) {
         const std::uint64_t density = std::uint64_t{image.grey_response[i]} * thousandths / divisor;
-        colours.entries[i] = grey(DensityToReflectance(
+        colours.entries[i] = grey(reflectance_of_density(
             static_cast<std::uint32_t>(std::min<std::uint64_t>(density, greatest_density))));
     }
     return true;
 }
 
 /// Red in the highest bits of an index.
-void CreateRGBPalette(const TIFFIMAGE& image, tiff_colours& colours)
+void fill_rgb_palette(const tiff_image& image, tiff_colours& colours)
 {
     const std::uint32_t bits = image.bits_of_sample(0);
     const std::uint32_t greatest = (1U << bits) - 1;
@@ -59,7 +59,7 @@ void CreateRGBPalette(const TIFFIMAGE& image, tiff_colours& colours)
 
 } // namespace
 
-std::uint8_t DensityToReflectance(std::uint32_t density)
+std::uint8_t reflectance_of_density(std::uint32_t density)
 {
     std::uint32_t light = 65535;
     for (std::size_t bit = 0; bit < light_left_by_bit.size(); ++bit)
@@ -68,18 +68,18 @@ std::uint8_t DensityToReflectance(std::uint32_t density)
     return static_cast<std::uint8_t>(light / 257);
 }
 
-oFILTER_STATUS make_colours(const TIFFIMAGE& image, tiff_colours& colours)
+oFILTER_STATUS make_colours(const tiff_image& image, tiff_colours& colours)
 {
     if (image.pixel_depth > deepest_palette)
         return oFILTER_OK;
     colours.count = static_cast<std::uint16_t>(1U << image.pixel_depth);
     if (image.photometric == tiff_rgb)
-        CreateRGBPalette(image, colours);
+        fill_rgb_palette(image, colours);
     else if (image.photometric == tiff_palette)
         colours.entries = image.colour_map;
     else if (image.grey_response.empty())
-        CreateGreyPalette(image, colours);
-    else if (!CalcResponsePalette(image, colours))
+        fill_grey_palette(image, colours);
+    else if (!fill_response_palette(image, colours))
         return oFILTER_BAD_DATA;
     return oFILTER_OK;
 }

@@ -15,9 +15,9 @@ struct tiff_colours {
 };
 
 /// BAD_DATA when the grey response curve is too short for the depth.
-[[nodiscard]] oFILTER_STATUS make_colours(const TIFFIMAGE& image, tiff_colours& colours);
+[[nodiscard]] oFILTER_STATUS make_colours(const tiff_image& image, tiff_colours& colours);
 
 /// 65535 x 10^(-density / 1000) as a grey of 8 bits; density in thousandths.
-[[nodiscard]] std::uint8_t DensityToReflectance(std::uint32_t density);
+[[nodiscard]] std::uint8_t reflectance_of_density(std::uint32_t density);
 
 } // namespace klv

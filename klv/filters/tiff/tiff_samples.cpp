@@ -104,7 +104,7 @@ void swap_five(const std::uint8_t* from, std::uint8_t* to)
 
 } // namespace
 
-tiff_row_unpacker::tiff_row_unpacker(const TIFFIMAGE& image)
+tiff_row_unpacker::tiff_row_unpacker(const tiff_image& image)
     : width_(image.width)
     , bitmap_depth_(image.bitmap_depth())
     , index_bits_(image.planar_rgb() ? image.bits_of_sample(0) : image.pixel_depth)
@@ -120,18 +120,18 @@ tiff_row_unpacker::tiff_row_unpacker(const TIFFIMAGE& image)
     }
 }
 
-tiff_row_unpacker::unpack_routine tiff_row_unpacker::routine_for(const TIFFIMAGE& image) const
+tiff_row_unpacker::unpack_routine tiff_row_unpacker::routine_for(const tiff_image& image) const
 {
     const bool bytes = std::ranges::all_of(channel_bits_, [](auto bits) { return bits == bits_per_byte; });
     if (bitmap_depth_ == 24) {
         if (image.planar_configuration == tiff_planar)
-            return &tiff_row_unpacker::Planar24_toChunky;
+            return &tiff_row_unpacker::scale_planar;
         return bytes && extra_bits_ % bits_per_byte == 0 ? &tiff_row_unpacker::swap_bytes
                                                          : &tiff_row_unpacker::scale_chunky;
     }
     if (image.planar_rgb())
-        return &tiff_row_unpacker::decode_PLANARline;
-    return index_bits_ == bitmap_depth_ && extra_bits_ == 0 ? nullptr : &tiff_row_unpacker::Decode_NoCompress;
+        return &tiff_row_unpacker::join_planes;
+    return index_bits_ == bitmap_depth_ && extra_bits_ == 0 ? nullptr : &tiff_row_unpacker::repack_indices;
 }
 
 void tiff_row_unpacker::unpack(const tiff_plane_rows& rows, std::span<std::uint8_t> line) const
@@ -149,7 +149,7 @@ void tiff_row_unpacker::clear_rest(std::span<std::uint8_t> line) const
 
 /// Indexes that are not stored as wide as the bitmap has them, or with extra samples between. The channels of
 /// an RGB pixel lie side by side, red first, so that they make its index as they stand.
-void tiff_row_unpacker::Decode_NoCompress(const tiff_plane_rows& rows, std::uint8_t* line) const
+void tiff_row_unpacker::repack_indices(const tiff_plane_rows& rows, std::uint8_t* line) const
 {
     field_reader in(rows[0].data());
     field_writer out(line, bitmap_depth_);
@@ -160,7 +160,7 @@ void tiff_row_unpacker::Decode_NoCompress(const tiff_plane_rows& rows, std::uint
     out.finish();
 }
 
-void tiff_row_unpacker::decode_PLANARline(const tiff_plane_rows& rows, std::uint8_t* line) const
+void tiff_row_unpacker::join_planes(const tiff_plane_rows& rows, std::uint8_t* line) const
 {
     field_reader red(rows[0].data()), green(rows[1].data()), blue(rows[2].data());
     field_writer out(line, bitmap_depth_);
@@ -206,7 +206,7 @@ void tiff_row_unpacker::scale_chunky(const tiff_plane_rows& rows, std::uint8_t* 
     }
 }
 
-void tiff_row_unpacker::Planar24_toChunky(const tiff_plane_rows& rows, std::uint8_t* line) const
+void tiff_row_unpacker::scale_planar(const tiff_plane_rows& rows, std::uint8_t* line) const
 {
     for (std::uint32_t c = 0; c < channels; ++c) {
         field_reader in(rows[c].data());
@@ -216,7 +216,7 @@ void tiff_row_unpacker::Planar24_toChunky(const tiff_plane_rows& rows, std::uint
     }
 }
 
-tiff_predictor::tiff_predictor(const TIFFIMAGE& image, std::uint32_t plane)
+tiff_predictor::tiff_predictor(const tiff_image& image, std::uint32_t plane)
     : width_(image.width)
 {
     if (image.planar_configuration == tiff_planar)
@@ -228,10 +228,10 @@ tiff_predictor::tiff_predictor(const TIFFIMAGE& image, std::uint32_t plane)
     bytes_ = std::ranges::all_of(sample_bits_, [](auto bits) { return bits == bits_per_byte; });
 }
 
-void tiff_predictor::UndoHorizPredictor(std::span<std::uint8_t> row)
+void tiff_predictor::undo(std::span<std::uint8_t> row)
 {
     if (!bytes_) {
-        DoDifference(row);
+        undo_fields(row);
         return;
     }
     const std::size_t step = sample_bits_.size();
@@ -240,7 +240,7 @@ void tiff_predictor::UndoHorizPredictor(std::span<std::uint8_t> row)
 }
 
 /// The same for fields of other widths.
-void tiff_predictor::DoDifference(std::span<std::uint8_t> row)
+void tiff_predictor::undo_fields(std::span<std::uint8_t> row)
 {
     std::ranges::fill(left_, 0U);
     std::uint32_t bit = 0; // of the row, the most significant of its first byte being 0

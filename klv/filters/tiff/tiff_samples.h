@@ -15,7 +15,7 @@ using tiff_plane_rows = std::array<std::span<const std::uint8_t>, tiff_most_plan
 /// Turns stored rows of samples into lines of a bitmap.
 class tiff_row_unpacker {
 public:
-    explicit tiff_row_unpacker(const TIFFIMAGE& image);
+    explicit tiff_row_unpacker(const tiff_image& image);
 
     /// True when stored rows already are lines of the bitmap, but for the bits after the last pixel.
     [[nodiscard]] bool stored_as_bitmap() const { return routine_ == nullptr; }
@@ -30,12 +30,12 @@ private:
     using channel_scale = std::array<std::uint8_t, 256>;
     using unpack_routine = void (tiff_row_unpacker::*)(const tiff_plane_rows&, std::uint8_t*) const;
 
-    [[nodiscard]] unpack_routine routine_for(const TIFFIMAGE& image) const;
-    void Decode_NoCompress(const tiff_plane_rows& rows, std::uint8_t* line) const;
-    void decode_PLANARline(const tiff_plane_rows& rows, std::uint8_t* line) const;
+    [[nodiscard]] unpack_routine routine_for(const tiff_image& image) const;
+    void repack_indices(const tiff_plane_rows& rows, std::uint8_t* line) const;
+    void join_planes(const tiff_plane_rows& rows, std::uint8_t* line) const;
     void swap_bytes(const tiff_plane_rows& rows, std::uint8_t* line) const;
     void scale_chunky(const tiff_plane_rows& rows, std::uint8_t* line) const;
-    void Planar24_toChunky(const tiff_plane_rows& rows, std::uint8_t* line) const;
+    void scale_planar(const tiff_plane_rows& rows, std::uint8_t* line) const;
 
     std::uint32_t width_;
     std::uint32_t bitmap_depth_;
@@ -49,17 +49,17 @@ private:
 /// Undoes horizontal differencing (TIFF 6.0, section 14) for samples of 1 to 8 bits.
 class tiff_predictor {
 public:
-    tiff_predictor(const TIFFIMAGE& image, std::uint32_t plane);
+    tiff_predictor(const tiff_image& image, std::uint32_t plane);
 
     /// Turns the differences of a stored row into samples.
-    void UndoHorizPredictor(std::span<std::uint8_t> row);
+    void undo(std::span<std::uint8_t> row);
 
 private:
-    void DoDifference(std::span<std::uint8_t> row);
+    void undo_fields(std::span<std::uint8_t> row);
 
     std::uint32_t width_;
-    ARRAY sample_bits_; ///< of each sample of a pixel
-    ARRAY left_; ///< the pixel before
+    tiff_numbers sample_bits_; ///< of each sample of a pixel
+    tiff_numbers left_; ///< the pixel before
     bool bytes_; ///< all samples of 8 bits
 };
 

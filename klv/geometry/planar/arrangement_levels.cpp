@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+// From nodes to loops: the strands around each node by direction, the winding on both sides of each, and the
+// pairs that turn the graph into loops of one level (the boundaries of its faces, as a doubly connected edge
+// list has them, but traced without storing it).
 namespace klv {
 
 bool arrangement::spoke::same_direction(const spoke& o) const

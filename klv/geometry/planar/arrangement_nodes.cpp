@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <numeric>
 
+// From edges to nodes: crossings become places, equal places one node, stops are sorted along their contours.
 namespace klv {
 
 arrangement::arrangement(

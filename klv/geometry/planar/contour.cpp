@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstdlib>
 
+// Areas are the sum of a fan of triangles (the shoelace formula); a point is inside by the crossing number of
+// the ray to its left.
 namespace klv {
 
 std::int32_t TriangleArea(const POINT& a, const POINT& b, const POINT& c) noexcept

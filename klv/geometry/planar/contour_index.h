@@ -11,7 +11,7 @@
 
 namespace klv {
 
-/// A contour ready for many questions about points: its edges in runs of a few and a binary tree of boxes
+/// A contour ready for many questions about points: its edges in runs of a few and a bounding-volume tree
 /// over the runs, so that a question looks at the edges near its point only. The answers are the ones that
 /// looking at all edges would give.
 class contour_index {

@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <cmath>
 
+// Offsetting a polygon by its raw offset curve: every edge moves, corners get a mitre or a bevel, and where
+// the curve crosses itself the loops are kept that run once around something on the right side of the source
+// and far enough from it (the other loops are what the move turned inside out). Cf. Chen and McMains,
+// "Polygon Offsetting by Computing Winding Numbers" (2005).
 namespace klv {
 
 namespace {

@@ -5,6 +5,10 @@
 #include <array>
 #include <numeric>
 
+// All pairs of edges that meet, by walking a bounding-volume tree against itself instead of a plane sweep:
+// the pairs come in no order, but each is decided alone and exactly (the signs of 128-bit cross products, as
+// the orientation tests of computational geometry), and sorting them afterwards by counting keys costs less
+// than keeping the order of a sweep would.
 namespace klv {
 
 namespace {

@@ -3,11 +3,13 @@
 #include <array>
 #include <cmath>
 
+// Built once, from the runs up, and never changed: contours (Z-order curve, if there are many) to runs, runs
+// to levels of nodes. The main direction of a node's edges is the larger eigenvector of their second moments.
 namespace klv {
 
 namespace {
 
-// Interleaves the bits of the middle of a box, so that near boxes mostly have near numbers.
+// The Morton code of the middle of a box: its bits interleaved, so that near boxes mostly have near numbers.
 std::uint64_t place_on_curve(const edge_box& b)
 {
     const auto spread_bits = [](std::uint64_t v) {

@@ -32,12 +32,18 @@ struct edge_box {
     }
 };
 
-/// The edges of an outline in runs of a few, and a binary tree of what the runs cover, so that the edges near
-/// others are found without looking at all. What lies close on a contour mostly lies close in the plane; many
-/// contours are taken along a space-filling curve. Besides its upright box, a node of long edges that run
-/// about the same way has a box along them: thin rays of a fan overlap in their upright boxes, but hardly in
-/// these. And a node whose edges all go right, or left, down or up, is one of which no edge meets another.
-/// May throw std::bad_alloc.
+/// The edges of an outline in runs of a few, and a bounding-volume tree over the runs, so that the edges near
+/// others are found without looking at all.
+///
+/// The tree is implicit: runs in a row are the leaves, two neighbours of a level make one node of the next.
+/// That works because what lies close on a contour mostly lies close in the plane; many small contours are
+/// first sorted along a Z-order curve (Morton, 1966). Besides its upright box, a node of long edges that run
+/// about the same way has an oriented box along them, tested by separating axes (Gottschalk, Lin and Manocha,
+/// "OBBTree", 1996): thin rays of a fan overlap in their upright boxes, but hardly in these. And a node whose
+/// edges all go right, or left, down or up, is a monotone chain, of which no edge meets another.
+///
+/// A node covers whatever its children cover; boxes err outwards only, so no pair is ever missed. May throw
+/// std::bad_alloc.
 class outline_tree {
 public:
     static constexpr std::uint32_t edges_in_run = 16;

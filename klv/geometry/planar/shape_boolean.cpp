@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <new>
 
+// Boolean operations by winding numbers: both outlines go into one planar arrangement, and the operation is
+// the choice of the levels whose boundaries stay. Nothing but those boundaries' points is rounded.
 namespace klv {
 
 bool UnionPolyPolygon(std::span<const POINT> points, std::span<const int> counts, poly_polygon& result,

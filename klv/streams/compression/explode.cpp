@@ -6,6 +6,9 @@
 #include <array>
 #include <cstring>
 
+// The decoder of LZ77 with a fixed prefix code. Code words are looked up by their next bits in tables as long
+// as the longest word, so a token costs a load for each of its two codes. Every distance and every length is
+// checked against what is there before bytes move.
 namespace klv {
 
 namespace {

@@ -8,6 +8,9 @@
 #include <bit>
 #include <cstring>
 
+// LZ77 (Ziv and Lempel, 1977) over a window of 4096 bytes with a fixed prefix code. Earlier occurrences are
+// found by hash chains, and one place is looked ahead before a copy is taken (lazy matching). The choices are
+// free: any choice decodes to the same block, so they may change with the next measurement.
 namespace klv {
 
 namespace {
