@@ -3,7 +3,6 @@
 #include "klv/platform/system/ini_file.h"
 #include "klv/platform/system/settings.h"
 
-#include <charconv>
 #include <mutex>
 #include <new>
 #include <string>
@@ -42,18 +41,6 @@ DWORD GetProfileStringA(
     } catch (const std::bad_alloc&) {
         return copy_text(otherwise, value, size);
     }
-}
-
-UINT GetProfileIntA(const char* section, const char* key, INT fallback) noexcept
-{
-    constexpr DWORD longest_number = 31;
-    char text[longest_number + 1];
-    const DWORD length = GetProfileStringA(section, key, "", text, sizeof text);
-    if (length == 0)
-        return static_cast<UINT>(fallback);
-    INT number = 0;
-    std::from_chars(text, text + length, number);
-    return static_cast<UINT>(number);
 }
 
 BOOL WriteProfileStringA(const char* section, const char* key, const char* value) noexcept

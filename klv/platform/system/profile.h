@@ -11,8 +11,6 @@ namespace klv {
 /// \return the characters copied, without the NUL
 DWORD GetProfileStringA(
     const char* section, const char* key, const char* fallback, char* value, DWORD size) noexcept;
-/// The value's leading decimal number, or fallback when there is no such key.
-[[nodiscard]] UINT GetProfileIntA(const char* section, const char* key, INT fallback) noexcept;
 /// Sets a value; a null value removes the key. \return TRUE when the profile was written
 BOOL WriteProfileStringA(const char* section, const char* key, const char* value) noexcept;
 

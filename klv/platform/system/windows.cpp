@@ -220,20 +220,6 @@ int GetWindowTextA(HWND window, char* title, int size) noexcept
     });
 }
 
-BOOL SetWindowTextA(HWND window, const char* title) noexcept
-{
-    try {
-        return with_table([&](window_table& t) {
-            window_entry* const entry = t.entry_of(window);
-            if (entry)
-                entry->title = text_of(title);
-            return BOOL{entry != nullptr};
-        });
-    } catch (const std::bad_alloc&) {
-        return FALSE;
-    }
-}
-
 LONG GetWindowLongA(HWND window, INT index) noexcept
 {
     return with_table([&](window_table& t) {

@@ -47,7 +47,6 @@ HWND SetActiveWindow(HWND window) noexcept;
 /// These copy a NUL-terminated text cut to size. \return its length
 int GetClassNameA(HWND window, char* name, int size) noexcept;
 int GetWindowTextA(HWND window, char* title, int size) noexcept;
-BOOL SetWindowTextA(HWND window, const char* title) noexcept;
 /// GWL_EXSTYLE only; 0 for anything else.
 [[nodiscard]] LONG GetWindowLongA(HWND window, INT index) noexcept;
 /// The client area, its top-left corner at (0, 0).
