@@ -324,7 +324,7 @@ TEST(TiffFilter, MakesTheColourTablesOfItsImages)
     EXPECT_EQ(colour(1), 202 * 0x010101);
     EXPECT_EQ(colour(2), 127 * 0x010101);
     EXPECT_EQ(colour(3), 25 * 0x010101);
-    EXPECT_EQ(DensityToReflectance(8191), 0);
+    EXPECT_EQ(reflectance_of_density(8191), 0);
     curve.more_tags = {{291, {0, 1, 3, 4000000000}}, {290, {1}}};
     ASSERT_EQ(read(curve.bytes(), dib), oFILTER_OK);
     EXPECT_EQ(colour(3), 0);
