@@ -20,6 +20,7 @@ public:
     {
     }
 
+    [[nodiscard]] std::pmr::memory_resource* memory() const { return bytes_.get_allocator().resource(); }
     [[nodiscard]] std::size_t size() const { return bytes_.size(); }
     [[nodiscard]] bool empty() const { return bytes_.empty(); }
     [[nodiscard]] const std::uint8_t* data() const { return bytes_.data(); }

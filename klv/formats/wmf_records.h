@@ -1,10 +1,14 @@
 #pragma once
 
 #include "klv/base/byte_reader.h"
+#include "klv/base/byte_writer.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <tuple>
+#include <type_traits>
 
 namespace klv {
 
@@ -21,20 +25,30 @@ constexpr std::uint32_t wmf_shortest_record_words = 3;
 enum class wmf_function : std::uint16_t {
     end_of_file = 0x0000,
     save_dc = 0x001E,
+    realize_palette = 0x0035,
+    set_palette_entries = 0x0037,
     create_palette = 0x00F7,
     set_bk_mode = 0x0102,
     set_map_mode = 0x0103,
     set_rop2 = 0x0104,
+    set_rel_abs = 0x0105,
     set_poly_fill_mode = 0x0106,
+    set_stretch_blt_mode = 0x0107,
+    set_text_char_extra = 0x0108,
     restore_dc = 0x0127,
+    invert_region = 0x012A,
+    paint_region = 0x012B,
     select_clip_region = 0x012C,
     select_object = 0x012D,
     set_text_align = 0x012E,
+    resize_palette = 0x0139,
     dib_create_pattern_brush = 0x0142,
+    set_layout = 0x0149,
     delete_object = 0x01F0,
     create_pattern_brush = 0x01F9,
     set_bk_color = 0x0201,
     set_text_color = 0x0209,
+    set_text_justification = 0x020A,
     set_window_org = 0x020B,
     set_window_ext = 0x020C,
     set_viewport_org = 0x020D,
@@ -44,6 +58,8 @@ enum class wmf_function : std::uint16_t {
     line_to = 0x0213,
     move_to = 0x0214,
     offset_clip_rgn = 0x0220,
+    fill_region = 0x0228,
+    set_mapper_flags = 0x0231,
     select_palette = 0x0234,
     create_pen_indirect = 0x02FA,
     create_font_indirect = 0x02FB,
@@ -56,10 +72,14 @@ enum class wmf_function : std::uint16_t {
     exclude_clip_rect = 0x0415,
     intersect_clip_rect = 0x0416,
     ellipse = 0x0418,
+    flood_fill = 0x0419,
     rectangle = 0x041B,
     set_pixel = 0x041F,
+    frame_region = 0x0429,
+    animate_palette = 0x0436,
     text_out = 0x0521,
     poly_polygon = 0x0538,
+    ext_flood_fill = 0x0548,
     round_rect = 0x061C,
     pat_blt = 0x061D,
     escape = 0x0626,
@@ -82,7 +102,7 @@ enum class wmf_function : std::uint16_t {
 constexpr std::uint16_t wmf_comment_escape = 15;
 
 /// Reads the fields of a record in file order. A record's struct says its order once, in `fields`, as a
-/// tuple of references; every field there is a 16- or 32-bit integer or a pair of them.
+/// tuple of references, for reading and for writing; every field there is an integer of 16 or 32 bits.
 template <typename Record> bool wmf_read(byte_reader& in, Record& record)
 {
     const auto read_one = [&in](auto& field) {
@@ -93,6 +113,18 @@ template <typename Record> bool wmf_read(byte_reader& in, Record& record)
     };
     std::apply([&](auto&... field) { (read_one(field), ...); }, record.fields());
     return in.ok();
+}
+
+/// Writes the fields of a record in file order.
+template <typename Record> void wmf_write(byte_writer& out, Record record)
+{
+    const auto write_one = [&out](const auto& field) {
+        if constexpr (sizeof(field) == 4)
+            out.u32le(static_cast<std::uint32_t>(field));
+        else
+            out.u16le(static_cast<std::uint16_t>(field));
+    };
+    std::apply([&](const auto&... field) { (write_one(field), ...); }, record.fields());
 }
 
 /// The placeable header, whose key makes it recognisable.
@@ -113,6 +145,7 @@ struct wmf_placeable_header {
     }
 };
 
+/// The header of every file.
 struct wmf_header {
     std::uint16_t type = 0; ///< 1 in memory, 2 on disk
     std::uint16_t header_words = 0;
@@ -147,6 +180,28 @@ struct wmf_pair {
     std::int16_t x = 0;
 
     auto fields() { return std::tie(y, x); }
+};
+
+/// A record whose only parameter is a number: modes, SELECTOBJECT, DELETEOBJECT, SELECTCLIPREGION and others.
+struct wmf_number {
+    std::uint16_t value = 0;
+
+    auto fields() { return std::tie(value); }
+};
+
+/// SETTEXTCOLOR, SETBKCOLOR.
+struct wmf_colour {
+    std::uint32_t value = 0;
+
+    auto fields() { return std::tie(value); }
+};
+
+/// SETTEXTJUSTIFICATION.
+struct wmf_justification {
+    std::uint16_t break_count = 0;
+    std::uint16_t extra = 0;
+
+    auto fields() { return std::tie(break_count, extra); }
 };
 
 /// SCALEWINDOWEXT and SCALEVIEWPORTEXT.
@@ -292,6 +347,112 @@ struct wmf_set_pixel {
     auto fields() { return std::tie(colour, y, x); }
 };
 
+/// FLOODFILL.
+struct wmf_flood_fill {
+    std::uint32_t colour = 0;
+    wmf_pair at;
+
+    auto fields() { return std::tuple_cat(std::tie(colour), at.fields()); }
+};
+
+/// EXTFLOODFILL.
+struct wmf_ext_flood_fill {
+    std::uint16_t mode = 0;
+    wmf_flood_fill fill;
+
+    auto fields() { return std::tuple_cat(std::tie(mode), fill.fields()); }
+};
+
+/// FILLREGION; FRAMEREGION has the size of the frame too.
+struct wmf_fill_region {
+    std::uint16_t region = 0;
+    std::uint16_t brush = 0;
+
+    auto fields() { return std::tie(region, brush); }
+};
+
+struct wmf_frame_region {
+    wmf_fill_region what;
+    std::int16_t height = 0;
+    std::int16_t width = 0;
+
+    auto fields() { return std::tuple_cat(what.fields(), std::tie(height, width)); }
+};
+
+/// EXTTEXTOUT up to its rectangle, which is there when the options say so. The characters follow, padded to
+/// 16 bits, then the advances.
+struct wmf_ext_text_out {
+    wmf_pair at;
+    std::uint16_t count = 0;
+    std::uint16_t options = 0;
+
+    auto fields() { return std::tuple_cat(at.fields(), std::tie(count, options)); }
+};
+
+/// The rectangle of a text.
+struct wmf_text_rect {
+    std::int16_t left = 0;
+    std::int16_t top = 0;
+    std::int16_t right = 0;
+    std::int16_t bottom = 0;
+
+    auto fields() { return std::tie(left, top, right, bottom); }
+};
+
+/// DRAWTEXT; the characters follow, padded to 16 bits.
+struct wmf_draw_text {
+    std::uint16_t format = 0;
+    std::uint16_t count = 0;
+    wmf_text_rect rect;
+
+    auto fields() { return std::tuple_cat(std::tie(format, count), rect.fields()); }
+};
+
+/// DIBCREATEPATTERNBRUSH; a packed bitmap follows.
+struct wmf_pattern_brush {
+    std::uint16_t style = 0;
+    std::uint16_t colour_usage = 0;
+
+    auto fields() { return std::tie(style, colour_usage); }
+};
+
+/// CREATEPALETTE (start is its version, 0x300), SETPALENTRIES and ANIMATEPALETTE; entries of red, green, blue
+/// and flags follow.
+struct wmf_palette {
+    std::uint16_t start = 0;
+    std::uint16_t count = 0;
+
+    static constexpr std::size_t entry_size = 4;
+    auto fields() { return std::tie(start, count); }
+};
+
+/// CREATEREGION up to its scans: each a count, a top, a bottom, the counted pairs of left and right, and the
+/// count again.
+struct wmf_region {
+    std::uint16_t next_in_chain = 0;
+    std::uint16_t object_type = 6;
+    std::uint32_t object_count = 0;
+    std::uint16_t region_bytes = 0;
+    std::uint16_t scan_count = 0;
+    std::uint16_t most_in_scan = 0;
+    wmf_text_rect bounds;
+
+    auto fields()
+    {
+        return std::tuple_cat(
+            std::tie(next_in_chain, object_type, object_count, region_bytes, scan_count, most_in_scan),
+            bounds.fields());
+    }
+};
+
+/// ESCAPE; bytes_count bytes follow.
+struct wmf_escape {
+    std::uint16_t function = 0;
+    std::uint16_t byte_count = 0;
+
+    auto fields() { return std::tie(function, byte_count); }
+};
+
 /// A device-dependent bitmap as BITBLT and STRETCHBLT carry it; rows follow, top row first, each padded to
 /// 16 bits.
 struct wmf_bitmap16 {
@@ -306,11 +467,85 @@ struct wmf_bitmap16 {
     int depth() const { return planes_and_depth >> 8; }
 };
 
+/// Points (x, y) as POLYGON, POLYLINE and POLYPOLYGON hold them, read where they stand.
+class wmf_points {
+public:
+    /// Takes count points, or as many as there are.
+    static wmf_points read(byte_reader& in, std::size_t count)
+    {
+        return wmf_points(in.bytes(std::min(count, in.left() / point_size) * point_size));
+    }
+
+    [[nodiscard]] std::size_t size() const { return bytes_.size() / point_size; }
+    [[nodiscard]] wmf_point operator[](std::size_t i) const
+    {
+        return {word(i * point_size), word(i * point_size + 2)};
+    }
+
+private:
+    static constexpr std::size_t point_size = 4;
+
+    explicit wmf_points(std::span<const std::uint8_t> bytes)
+        : bytes_(bytes)
+    {
+    }
+    [[nodiscard]] std::int16_t word(std::size_t at) const
+    {
+        return static_cast<std::int16_t>(static_cast<std::uint16_t>(bytes_[at] | bytes_[at + 1] << 8));
+    }
+
+    std::span<const std::uint8_t> bytes_;
+};
+
+/// Counts of 16 bits, as many as there are: the polygons of POLYPOLYGON.
+class wmf_counts {
+public:
+    static wmf_counts read(byte_reader& in, std::size_t count)
+    {
+        return wmf_counts(in.bytes(std::min(count, in.left() / 2) * 2));
+    }
+
+    [[nodiscard]] std::size_t size() const { return bytes_.size() / 2; }
+    [[nodiscard]] std::size_t operator[](std::size_t i) const
+    {
+        return static_cast<std::size_t>(bytes_[2 * i] | bytes_[2 * i + 1] << 8);
+    }
+
+private:
+    explicit wmf_counts(std::span<const std::uint8_t> bytes)
+        : bytes_(bytes)
+    {
+    }
+
+    std::span<const std::uint8_t> bytes_;
+};
+
 /// One record as it stands in the file.
 struct wmf_record {
     wmf_function function = wmf_function::end_of_file;
     std::uint32_t words = 0;
     std::span<const std::uint8_t> parameters;
 };
+
+/// Writes a record: its size, its function number, its fields and what follows them, padded to whole words.
+template <typename Record>
+void wmf_write_record(
+    byte_writer& out, wmf_function function, const Record& record, std::span<const std::uint8_t> rest = {})
+{
+    byte_writer parameters(out.memory());
+    wmf_write(parameters, record);
+    parameters.bytes(rest);
+    parameters.align(2);
+    out.u32le(static_cast<std::uint32_t>((wmf_record_head_size + parameters.size()) / 2));
+    out.u16le(static_cast<std::uint16_t>(function));
+    out.bytes(parameters.span());
+}
+
+/// Writes a record without parameters.
+inline void wmf_write_record(byte_writer& out, wmf_function function)
+{
+    out.u32le(wmf_shortest_record_words);
+    out.u16le(static_cast<std::uint16_t>(function));
+}
 
 } // namespace klv

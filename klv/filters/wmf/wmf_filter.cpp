@@ -1,6 +1,6 @@
 #include "klv/filters/wmf/wmf_filter.h"
 
-#include "klv/filters/wmf/wmf_reader.h"
+#include "klv/filters/wmf/wmf_decoder.h"
 #include "klv/formats/wmf_records.h"
 #include "klv/streams/stream.h"
 
@@ -51,8 +51,8 @@ oFILTER_STATUS WMFFILTER::Convert(vARCHIVE& in, vMETAFILE* picture)
     if (!in.IsStream() || !picture)
         return oFILTER_FAILED;
     try {
-        wmf_reader reader(*picture, faithful(), progress());
-        return SetStatus(reader.read(static_cast<vSTREAM&>(in)));
+        wmf_decoder decoder(*picture, faithful() ? faithful_reading : documented_reading, progress());
+        return SetStatus(decoder.read(static_cast<vSTREAM&>(in)));
     } catch (const std::bad_alloc&) {
         return SetStatus(oFILTER_NO_MEMORY);
     }

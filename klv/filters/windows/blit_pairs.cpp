@@ -1,4 +1,4 @@
-#include "klv/filters/wmf/wmf_blit.h"
+#include "klv/filters/windows/blit_pairs.h"
 
 #include "klv/bitmaps/dib_context.h"
 #include "klv/colour/colour.h"
@@ -50,19 +50,19 @@ bool is_white(const std::uint8_t* bgr) { return bgr[0] == 255 && bgr[1] == 255 &
 
 } // namespace
 
-bool wmf_blit_pairs::draws_on_pending(const oMEMDIB& bitmap, const vRECT& target) const
+bool blit_pairs::draws_on_pending(const oMEMDIB& bitmap, const vRECT& target) const
 {
     const oMEMDIB* pending = mask_ ? mask_.get() : image_.get();
     return pending && target == target_ && pending->Width() == bitmap.Width()
         && pending->Height() == bitmap.Height();
 }
 
-void wmf_blit_pairs::draw(
-    vMETAFILE& picture, std::unique_ptr<oMEMDIB> bitmap, const vRECT& target, wmf_rop rop)
+void blit_pairs::draw(
+    vMETAFILE& picture, std::unique_ptr<oMEMDIB> bitmap, const vRECT& target, ternary_operation rop)
 {
     if (!draws_on_pending(*bitmap, target))
         flush(picture);
-    const bool combines = rop == wmf_rop::source_invert || rop == wmf_rop::source_paint;
+    const bool combines = rop == ternary_operation::source_invert || rop == ternary_operation::source_paint;
     if (combines && mask_) {
         draw_through_mask(picture, *bitmap);
         mask_.reset();
@@ -71,28 +71,28 @@ void wmf_blit_pairs::draw(
     }
     target_ = target;
     switch (rop) {
-    case wmf_rop::source_and:
+    case ternary_operation::source_and:
         if (mask_)
             flush(picture);
         mask_ = std::move(bitmap);
         return;
-    case wmf_rop::source_invert:
+    case ternary_operation::source_invert:
         image_ = std::move(bitmap);
         return;
-    case wmf_rop::source_paint: {
+    case ternary_operation::source_paint: {
         flush(picture);
         const vCOLOUR black(0, 0, 0);
         draw_bitmap(picture, *bitmap, target, &black);
         return;
     }
-    case wmf_rop::merge_paint: {
+    case ternary_operation::merge_paint: {
         flush(picture);
         invert(*bitmap);
         const vCOLOUR black(0, 0, 0);
         draw_bitmap(picture, *bitmap, target, &black);
         return;
     }
-    case wmf_rop::not_source_copy:
+    case ternary_operation::not_source_copy:
         flush(picture);
         invert(*bitmap);
         draw_bitmap(picture, *bitmap, target, nullptr);
@@ -105,7 +105,7 @@ void wmf_blit_pairs::draw(
 }
 
 // The image where the mask is not white; elsewhere a colour that the image does not need.
-void wmf_blit_pairs::draw_through_mask(vMETAFILE& picture, const oMEMDIB& image)
+void blit_pairs::draw_through_mask(vMETAFILE& picture, const oMEMDIB& image)
 {
     constexpr std::array<std::uint8_t, 3> key{1, 254, 2};
     oMEMDIB result = in_true_colour(image);
@@ -123,7 +123,7 @@ void wmf_blit_pairs::draw_through_mask(vMETAFILE& picture, const oMEMDIB& image)
     draw_bitmap(picture, result, target_, &transparent);
 }
 
-void wmf_blit_pairs::flush(vMETAFILE& picture)
+void blit_pairs::flush(vMETAFILE& picture)
 {
     if (mask_) {
         const vCOLOUR white(255, 255, 255);

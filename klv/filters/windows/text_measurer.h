@@ -3,7 +3,7 @@
 #include "klv/attributes/font_spec.h"
 #include "klv/base/types.h"
 #include "klv/core/point.h"
-#include "klv/filters/wmf/wmf_objects.h"
+#include "klv/filters/windows/canvas_objects.h"
 
 #include <array>
 #include <cstdint>
@@ -13,7 +13,7 @@
 namespace klv {
 
 /// Measures of a font at a size in picture units.
-struct wmf_text_measures {
+struct text_measures {
     double em = 0; ///< character height
     double expansion = 1; ///< of the widths, against those of the face as it comes
     double ascent = 0;
@@ -24,42 +24,42 @@ struct wmf_text_measures {
 };
 
 /// The size that a metafile asks of a font, in picture units.
-struct wmf_text_size {
+struct text_size {
     int height = 0; ///< negative for a character height, positive for a cell height
     int width = 0; ///< average character width; 0 for the face's own
-    friend bool operator==(const wmf_text_size&, const wmf_text_size&) = default;
+    friend bool operator==(const text_size&, const text_size&) = default;
 };
 
 /// Measures the fonts that a metafile selects, on a context of its own that is made when it is needed.
-class wmf_text_measurer {
+class text_measurer {
 public:
-    wmf_text_measurer() = default;
-    wmf_text_measurer(const wmf_text_measurer&) = delete;
-    wmf_text_measurer& operator=(const wmf_text_measurer&) = delete;
-    ~wmf_text_measurer();
+    text_measurer() = default;
+    text_measurer(const text_measurer&) = delete;
+    text_measurer& operator=(const text_measurer&) = delete;
+    ~text_measurer();
 
-    const wmf_text_measures& measure(const wmf_font_object& font, const wmf_text_size& size);
+    const text_measures& measure(const canvas_font& font, const text_size& size);
 
 private:
-    void load(const wmf_font_object& font);
+    void load(const canvas_font& font);
 
     HDC dc_ = nullptr;
     HFONT font_ = nullptr;
-    wmf_font_object loaded_;
+    canvas_font loaded_;
     bool is_loaded_ = false;
-    wmf_text_size measured_;
-    wmf_text_measures unit_; ///< for a character height of 1
+    text_size measured_;
+    text_measures unit_; ///< for a character height of 1
     double cell_ = 1; ///< cell height for a character height of 1
     double average_ = 0; ///< average character width likewise
-    wmf_text_measures scaled_;
+    text_measures scaled_;
 };
 
 /// The recorded picture's font that is realised with the character height `em` and that expansion.
-vFONTSPEC faithful_font(const wmf_font_object& font, double em, double expansion);
+vFONTSPEC measured_font(const canvas_font& font, double em, double expansion);
 
 /// Where the baseline of a text begins, from its reference point and alignment (TA_ values).
 vPOINT baseline_start(const vPOINT& reference, std::uint16_t align, int escapement,
-    const wmf_text_measures& measures, double width);
+    const text_measures& measures, double width);
 
 /// The point `distance` along a baseline.
 vPOINT along_baseline(const vPOINT& start, int escapement, double distance);

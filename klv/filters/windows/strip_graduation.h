@@ -6,16 +6,14 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
-#include <span>
 
 namespace klv {
 
-/// Turns the traces of a graduated fill back into one. The library's Windows metafile writer draws a
+/// Turns the traces of a graduated fill back into one. The library's writers for the Windows formats draw a
 /// graduation as strips in exclusive-or mode, the shape in black or white, and the strips again; a comment
-/// before them may name the fill. The reader tells this object of drawing modes, brushes and strips, and
-/// asks it what to do with each figure.
-class wmf_graduation {
+/// before them may name the fill. The canvas tells this object of drawing modes, brushes and strips, and asks
+/// it what to do with each figure.
+class strip_graduation {
 public:
     enum class verdict { draw, draw_in_fill, skip };
 
@@ -51,8 +49,5 @@ private:
     stage stage_ = stage::none;
     vFILLSPEC fill_;
 };
-
-/// The comment of 28 bytes that names a graduated fill, without its leading text. Empty for other comments.
-std::optional<vFILLSPEC> read_wmf_fill_comment(std::span<const std::uint8_t> comment);
 
 } // namespace klv

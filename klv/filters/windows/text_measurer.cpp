@@ -1,12 +1,12 @@
-#include "klv/filters/wmf/wmf_text.h"
+#include "klv/filters/windows/text_measurer.h"
 
+#include "klv/base/angles.h"
 #include "klv/gdi/gdi.h"
 #include "klv/gdi/text/font_charset.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <numbers>
 
 namespace klv {
 namespace {
@@ -24,9 +24,7 @@ constexpr double smallest_expansion = 0.03;
 constexpr std::uint16_t horizontal_mask = TA_CENTER;
 constexpr std::uint16_t vertical_mask = TA_BASELINE;
 
-double radians(int escapement) { return escapement * std::numbers::pi / 1800; }
-
-bool same_face(const wmf_font_object& a, const wmf_font_object& b)
+bool same_face(const canvas_font& a, const canvas_font& b)
 {
     return a.face == b.face && a.bold == b.bold && a.italic == b.italic && a.charset == b.charset;
 }
@@ -39,7 +37,7 @@ int rounded(double v)
 
 } // namespace
 
-double wmf_text_measures::width(std::string_view text) const
+double text_measures::width(std::string_view text) const
 {
     double sum = 0;
     for (const char c : text)
@@ -47,7 +45,7 @@ double wmf_text_measures::width(std::string_view text) const
     return sum;
 }
 
-wmf_text_measurer::~wmf_text_measurer()
+text_measurer::~text_measurer()
 {
     if (dc_)
         DeleteDC(dc_);
@@ -55,11 +53,11 @@ wmf_text_measurer::~wmf_text_measurer()
         DeleteObject(font_);
 }
 
-void wmf_text_measurer::load(const wmf_font_object& font)
+void text_measurer::load(const canvas_font& font)
 {
     if (!dc_)
         dc_ = CreateCompatibleDC(nullptr);
-    const vFONTSPEC spec = faithful_font(font, measured_em, 1);
+    const vFONTSPEC spec = measured_font(font, measured_em, 1);
     LOGFONTA description{};
     description.lfHeight = -measured_em;
     description.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
@@ -89,7 +87,7 @@ void wmf_text_measurer::load(const wmf_font_object& font)
     measured_ = {};
 }
 
-const wmf_text_measures& wmf_text_measurer::measure(const wmf_font_object& font, const wmf_text_size& size)
+const text_measures& text_measurer::measure(const canvas_font& font, const text_size& size)
 {
     if (!is_loaded_ || !same_face(font, loaded_))
         load(font);
@@ -109,7 +107,7 @@ const wmf_text_measures& wmf_text_measurer::measure(const wmf_font_object& font,
     return scaled_;
 }
 
-vFONTSPEC faithful_font(const wmf_font_object& font, double em, double expansion)
+vFONTSPEC measured_font(const canvas_font& font, double em, double expansion)
 {
     const auto style = static_cast<vFONTSTYLE>(
         (font.bold ? vFONT_BOLD : vFONT_NORMAL) | (font.italic ? vFONT_ITALIC : vFONT_NORMAL));
@@ -122,12 +120,12 @@ vFONTSPEC faithful_font(const wmf_font_object& font, double em, double expansion
 
 vPOINT along_baseline(const vPOINT& start, int escapement, double distance)
 {
-    const double angle = radians(escapement);
+    const double angle = tenths_to_radians(escapement);
     return {rounded(start.x + distance * std::cos(angle)), rounded(start.y - distance * std::sin(angle))};
 }
 
-vPOINT baseline_start(const vPOINT& reference, std::uint16_t align, int escapement,
-    const wmf_text_measures& measures, double width)
+vPOINT baseline_start(
+    const vPOINT& reference, std::uint16_t align, int escapement, const text_measures& measures, double width)
 {
     double back = 0;
     switch (align & horizontal_mask) {
@@ -151,7 +149,7 @@ vPOINT baseline_start(const vPOINT& reference, std::uint16_t align, int escapeme
     default:
         break;
     }
-    const double angle = radians(escapement);
+    const double angle = tenths_to_radians(escapement);
     return {rounded(reference.x - back * std::cos(angle) + down * std::sin(angle)),
         rounded(reference.y + back * std::sin(angle) + down * std::cos(angle))};
 }

@@ -1,14 +1,11 @@
-#include "klv/filters/wmf/wmf_graduation.h"
+#include "klv/filters/windows/strip_graduation.h"
 
-#include "klv/base/byte_reader.h"
-#include "klv/filters/wmf/wmf_attributes.h"
+#include "klv/base/angles.h"
+#include "klv/filters/windows/windows_attributes.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <numbers>
-#include <string_view>
 
 namespace klv {
 namespace {
@@ -18,9 +15,6 @@ constexpr std::uint16_t rop2_not_exclusive_or = 10;
 
 constexpr COLORREF black = 0x000000;
 constexpr COLORREF white = 0xFFFFFF;
-
-constexpr std::size_t fill_comment_size = 28;
-constexpr std::string_view fill_comment_text("ZYNfill\0", 8);
 
 using channels = std::array<int, 3>;
 
@@ -55,8 +49,8 @@ ramp measure_ramp(COLORREF first, COLORREF middle, COLORREF last)
 
 vFILLSPEC graduated(vFILLTYPE type, COLORREF from, COLORREF to, int angle)
 {
-    return vFILLSPEC(type, wmf_colour(from), wmf_colour(to), vANGLE(static_cast<short>(angle)),
-        vFILL_ALTERNATE, vPOINT(0, 0));
+    return vFILLSPEC(type, colour_of(from), colour_of(to), vANGLE(static_cast<short>(angle)), vFILL_ALTERNATE,
+        vPOINT(0, 0));
 }
 
 bool is_mask(const vFILLSPEC& fill)
@@ -65,55 +59,16 @@ bool is_mask(const vFILLSPEC& fill)
     return fill.Type() == vFILL_SOLID && (colour == black || colour == white);
 }
 
-// The writer's C, M, Y, K bytes hold per cents; black is halved where the inks leave no room for it.
-vCOLOUR read_comment_colour(byte_reader& in)
-{
-    constexpr int full_tint = 100 * 255;
-    constexpr int per_cent_of_tint = 20000;
-    constexpr int crowded = 600;
-    const auto ink = [&in] { return in.u8() * full_tint / per_cent_of_tint; };
-    int c = ink();
-    int m = ink();
-    int y = ink();
-    int k = ink();
-    if (c + m + y > crowded)
-        k /= 2;
-    c += k;
-    m += k;
-    y += k;
-    const int top = std::max({255, c, m, y});
-    const auto light = [top](int i) { return static_cast<unsigned char>(std::min(top - i, 255)); };
-    return vCOLOUR(light(c), light(m), light(y));
-}
-
-vFILLTYPE fill_type_of_comment(std::uint8_t kind)
-{
-    switch (kind) {
-    case 3:
-        return vFILL_LINEAR;
-    case 4:
-        return vFILL_LINEAR_LOGARITHMIC;
-    case 5:
-        return vFILL_LINEAR_TWO_WAY;
-    case 6:
-        return vFILL_RADIAL;
-    case 7:
-        return vFILL_RADIAL_QUADRATIC;
-    default:
-        return vFILL_NONE;
-    }
-}
-
 } // namespace
 
-void wmf_graduation::comment(const vFILLSPEC& fill)
+void strip_graduation::comment(const vFILLSPEC& fill)
 {
     fill_ = fill;
     comment_pending_ = true;
     comment_used_ = false;
 }
 
-void wmf_graduation::drawing_mode(std::uint16_t rop2)
+void strip_graduation::drawing_mode(std::uint16_t rop2)
 {
     if (rop2 == rop2_exclusive_or || rop2 == rop2_not_exclusive_or) {
         exclusive_or_ = true;
@@ -143,13 +98,13 @@ void wmf_graduation::drawing_mode(std::uint16_t rop2)
     }
 }
 
-void wmf_graduation::brush_created(COLORREF colour)
+void strip_graduation::brush_created(COLORREF colour)
 {
     if (stage_ == stage::strips && !comment_pending_ && colour_count_ < most_colours)
         colours_[colour_count_++] = colour;
 }
 
-void wmf_graduation::strip(const vPOINT& first_point)
+void strip_graduation::strip(const vPOINT& first_point)
 {
     if (expects_first_point_)
         first_point_ = first_point;
@@ -157,7 +112,7 @@ void wmf_graduation::strip(const vPOINT& first_point)
     last_point_ = first_point;
 }
 
-wmf_graduation::verdict wmf_graduation::judge(const vFILLSPEC& current)
+strip_graduation::verdict strip_graduation::judge(const vFILLSPEC& current)
 {
     if (comment_pending_) {
         comment_used_ = true;
@@ -172,7 +127,7 @@ wmf_graduation::verdict wmf_graduation::judge(const vFILLSPEC& current)
     return verdict::draw_in_fill;
 }
 
-vFILLSPEC wmf_graduation::fill_of_strips() const
+vFILLSPEC strip_graduation::fill_of_strips() const
 {
     const COLORREF first = colours_[0];
     const COLORREF middle = colours_[colour_count_ / 2];
@@ -189,26 +144,12 @@ vFILLSPEC wmf_graduation::fill_of_strips() const
 }
 
 // Counter-clockwise as seen, in whole degrees; y grows downwards.
-short wmf_graduation::strip_angle() const
+short strip_graduation::strip_angle() const
 {
     const double dx = last_point_.x - first_point_.x;
     const double dy = first_point_.y - last_point_.y;
-    const int degrees = static_cast<int>(std::atan2(dy, dx) * 180 / std::numbers::pi);
+    const int degrees = static_cast<int>(to_degrees(std::atan2(dy, dx)));
     return static_cast<short>(degrees < 0 ? degrees + 360 : degrees);
-}
-
-std::optional<vFILLSPEC> read_wmf_fill_comment(std::span<const std::uint8_t> comment)
-{
-    if (comment.size() != fill_comment_size
-        || std::memcmp(comment.data(), fill_comment_text.data(), fill_comment_text.size() - 1) != 0)
-        return std::nullopt;
-    byte_reader in(comment.subspan(fill_comment_text.size()));
-    const auto type = fill_type_of_comment(in.u8());
-    in.skip(1);
-    const auto angle = in.i16le();
-    const auto from = read_comment_colour(in);
-    const auto to = read_comment_colour(in);
-    return vFILLSPEC(type, from, to, vANGLE(angle), vFILL_ALTERNATE, vPOINT(0, 0));
 }
 
 } // namespace klv

@@ -1,4 +1,4 @@
-#include "klv/filters/wmf/wmf_clip.h"
+#include "klv/filters/windows/clip_area.h"
 
 #include "klv/base/memory.h"
 #include "klv/gdi/gdi.h"
@@ -19,6 +19,10 @@ constexpr int far_away = 1 << 26;
 // A clip area of more rectangles is cut no further: a file that excludes one after the other would cost time
 // with the square of their number. A shape holds four times as many points.
 constexpr std::size_t most_rectangles = 4096;
+
+// A clip area is recorded anew whenever it changes. Past this many rectangles in all, a file that changes it
+// all the time gets bounds, so that the picture does not grow with the square of the file.
+constexpr std::size_t most_recorded_rectangles = 250000;
 
 HRGN region_of(const vRECT& rect)
 {
@@ -69,7 +73,7 @@ vSHAPE shape_of(std::span<const RECT> rectangles)
 
 } // namespace
 
-wmf_clip_area::wmf_clip_area(const wmf_clip_area& other)
+clip_area::clip_area(const clip_area& other)
 {
     if (!other.region_)
         return;
@@ -78,26 +82,26 @@ wmf_clip_area::wmf_clip_area(const wmf_clip_area& other)
     CombineRgn(region_, other.region_, nullptr, RGN_COPY);
 }
 
-wmf_clip_area::wmf_clip_area(wmf_clip_area&& other) noexcept
+clip_area::clip_area(clip_area&& other) noexcept
     : region_(std::exchange(other.region_, nullptr))
     , exclusions_(other.exclusions_)
 {
 }
 
-wmf_clip_area& wmf_clip_area::operator=(wmf_clip_area other) noexcept
+clip_area& clip_area::operator=(clip_area other) noexcept
 {
     std::swap(region_, other.region_);
     std::swap(exclusions_, other.exclusions_);
     return *this;
 }
 
-wmf_clip_area::~wmf_clip_area()
+clip_area::~clip_area()
 {
     if (region_)
         DeleteObject(region_);
 }
 
-void wmf_clip_area::intersect(const vRECT& rect)
+void clip_area::intersect(const vRECT& rect)
 {
     if (region_)
         combine_with(region_, rect, RGN_AND);
@@ -105,7 +109,7 @@ void wmf_clip_area::intersect(const vRECT& rect)
         region_ = region_of(rect);
 }
 
-void wmf_clip_area::exclude(const vRECT& rect)
+void clip_area::exclude(const vRECT& rect)
 {
     if (!region_)
         region_ = CreateRectRgn(-far_away, -far_away, far_away, far_away);
@@ -114,20 +118,20 @@ void wmf_clip_area::exclude(const vRECT& rect)
     ++exclusions_;
 }
 
-void wmf_clip_area::move(const vPOINT& distance)
+void clip_area::move(const vPOINT& distance)
 {
     if (region_)
         OffsetRgn(region_, distance.x, distance.y);
 }
 
-bool wmf_clip_area::operator==(const wmf_clip_area& other) const
+bool clip_area::operator==(const clip_area& other) const
 {
     if (!region_ || !other.region_)
         return region_ == other.region_;
     return EqualRgn(region_, other.region_) != 0;
 }
 
-std::size_t wmf_clip_area::record(vMETAFILE& picture, bool recorded, bool exactly) const
+std::size_t clip_area::record(vMETAFILE& picture, bool recorded, bool exactly) const
 {
     if (recorded)
         picture.RecordPopClipArea();
@@ -141,6 +145,14 @@ std::size_t wmf_clip_area::record(vMETAFILE& picture, bool recorded, bool exactl
     picture.RecordPushClipArea();
     picture.ClipArea(shape_of(rectangles));
     return rectangles.size();
+}
+
+void clip_recorder::record(vMETAFILE& picture, const clip_area& area)
+{
+    if (area == recorded_)
+        return;
+    rectangles_ += area.record(picture, !recorded_.whole(), rectangles_ < most_recorded_rectangles);
+    recorded_ = area;
 }
 
 } // namespace klv
