@@ -8,6 +8,7 @@
 #include "tests/rendering/drawing.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -35,8 +36,10 @@ class Document : public test::imaging_test {
 protected:
     void SetUp() override
     {
-        directory_ = std::filesystem::path(testing::TempDir()) / "klv_document";
-        std::filesystem::create_directories(directory_);
+        // Of this run alone: ctest runs tests of one fixture at the same time.
+        std::string pattern = testing::TempDir() + "klv_document_XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        directory_ = pattern;
     }
     void TearDown() override { std::filesystem::remove_all(directory_); }
     std::string path(const char* name) const { return (directory_ / name).string(); }
