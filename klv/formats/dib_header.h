@@ -18,13 +18,13 @@
 ///     colour table      entries of 3 or 4 bytes
 ///     rows of pixels    each padded to a multiple of 4 bytes, the bottom row first
 ///
-/// and these are the info headers:
+/// and these are the info headers, by their size:
 ///
-///     size        published as          fields
-///     12          BITMAPCOREHEADER      sizes of 16 bits, planes, depth; colours of 3 bytes (OS/2 1)
-///     16 to 64    OS/2 2                the 40 below, cut short (what is missing is 0) or with fields of its
-///     own 40          BITMAPINFOHEADER      Windows 3 52, 56      with 3 or 4 masks 108, 124    V4, V5 with
-///     masks, then colour space and profile
+/// - 12: BITMAPCOREHEADER, OS/2 1: sizes of 16 bits, planes, depth; colours have 3 bytes.
+/// - 16 to 64: OS/2 2: the fields of 40, cut short (what is missing is 0) or with fields of its own behind.
+/// - 40: BITMAPINFOHEADER, Windows 3.
+/// - 52 and 56: the same with 3 or 4 masks.
+/// - 108 and 124: V4 and V5: masks, then colour space and profile.
 namespace klv {
 
 /// Compressions beside those of the platform's vocabulary.
