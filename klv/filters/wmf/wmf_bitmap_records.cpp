@@ -46,7 +46,7 @@ void decode_blit_without_bitmap(const wmf_record& record, windows_canvas& canvas
     wmf_area to;
     canvas.bitmaps().finish_pairs();
     if (wmf_read(in, to))
-        canvas.figures().pattern_fill({to.x, to.y, to.x + to.width, to.y + to.height}, rop);
+        canvas.figures().pattern_fill(box_of(to), rop);
 }
 
 std::unique_ptr<oMEMDIB> read_device_bitmap(byte_reader& in, const canvas_state& state)

@@ -5,10 +5,6 @@
 namespace klv {
 namespace {
 
-RECT box_of(const wmf_rect& r) { return {r.left, r.top, r.right, r.bottom}; }
-
-RECT box_of(const wmf_area& a) { return {a.x, a.y, a.x + a.width, a.y + a.height}; }
-
 void decode_arc(byte_reader& in, canvas_figures& figures, ARCCLOSURE closure)
 {
     wmf_arc r;

@@ -9,6 +9,9 @@
 /// records of its kind and answers false for all others.
 namespace klv {
 
+[[nodiscard]] inline RECT box_of(const wmf_rect& r) { return {r.left, r.top, r.right, r.bottom}; }
+[[nodiscard]] inline RECT box_of(const wmf_area& a) { return {a.x, a.y, a.x + a.width, a.y + a.height}; }
+
 bool decode_wmf_state(const wmf_record& record, windows_canvas& canvas);
 bool decode_wmf_mapping(const wmf_record& record, windows_canvas& canvas);
 bool decode_wmf_clip(const wmf_record& record, windows_canvas& canvas);

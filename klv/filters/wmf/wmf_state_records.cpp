@@ -23,8 +23,6 @@ vPOINT scaled(const vPOINT& extent, const wmf_scale& by)
         to_word(extent.y * by.y_numerator / by.y_denominator)};
 }
 
-RECT box_of(const wmf_rect& r) { return {r.left, r.top, r.right, r.bottom}; }
-
 void decode_scale(byte_reader& in, windows_canvas& canvas, bool window)
 {
     wmf_scale by;
