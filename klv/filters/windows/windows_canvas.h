@@ -19,9 +19,10 @@ namespace klv {
 ///     canvas.page().box(...);                    what the header says
 ///     canvas.start();
 ///     for each record {
-///         canvas.before(what_follows::figure);   what the record is
-///         canvas.figures().polygon(points);      ... or text(), bitmaps(), attributes(), set_window_extent()
+///         canvas.before(what_follows::other);    what the record is
+///         canvas.figures().polygon(points);      ... or text(), bitmaps(), attributes(), change_mapping()
 ///     }
+///     canvas.settle();
 ///     canvas.finish();
 ///
 /// Memory that runs out is std::bad_alloc.
